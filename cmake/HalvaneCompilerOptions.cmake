@@ -1,0 +1,26 @@
+# Warnings and sanitizers shared by every target of the project.
+#
+# halvane_target_options(<target>) turns on the project's warning set for code
+# we own; third-party headers come in as SYSTEM includes and stay quiet.
+
+add_library(halvane_build_options INTERFACE)
+target_compile_options(halvane_build_options INTERFACE
+    -Wall -Wextra
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+
+if(HALVANE_SANITIZE)
+    string(REPLACE "," ";" _halvane_sanitizers "${HALVANE_SANITIZE}")
+    foreach(_sanitizer IN LISTS _halvane_sanitizers)
+        if(NOT _sanitizer MATCHES "^(address|undefined|leak|thread)$")
+            message(FATAL_ERROR "Unsupported sanitizer '${_sanitizer}' in HALVANE_SANITIZE")
+        endif()
+    endforeach()
+    # Applied globally so that tests, examples and benchmarks link the same runtime.
+    add_compile_options(-fsanitize=${HALVANE_SANITIZE} -fno-omit-frame-pointer
+                        -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=${HALVANE_SANITIZE})
+endif()
+
+function(halvane_target_options target)
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:halvane_build_options>)
+endfunction()

@@ -1,0 +1,10 @@
+// Halvane: the whole public interface of the library.
+#ifndef HALVANE_HALVANE_H
+#define HALVANE_HALVANE_H
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <halvane/core/HVExport.h>
+#include <halvane/core/HVVersion.h>
+
+#endif  // HALVANE_HALVANE_H

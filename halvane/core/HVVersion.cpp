@@ -1,0 +1,3 @@
+#include <halvane/core/HVVersion.h>
+
+const char* HVLibraryVersion() { return HALVANE_VERSION_STRING; }
