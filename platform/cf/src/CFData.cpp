@@ -323,6 +323,15 @@ void CFDataIncreaseLength(CFMutableDataRef theData, CFIndex extraLength) {
 }
 
 void CFDataAppendBytes(CFMutableDataRef theData, const UInt8* bytes, CFIndex length) {
+    // The common case, bytes that fit the room already there, skips the
+    // general splice. The room never exceeds a fixed capacity, and nothing
+    // moves, so memmove copes with bytes taken from the data itself.
+    if (isA(theData, kCFDataTypeID) && isMutableData(theData) && bytes != nullptr && length > 0 &&
+        length <= theData->allocated - theData->length) {
+        std::memmove(theData->bytes + theData->length, bytes, size_t(length));
+        theData->length += length;
+        return;
+    }
     CFIndex end = isA(theData, kCFDataTypeID) ? theData->length : 0;
     replaceBytes(theData, CFRangeMake(end, 0), bytes, length, __func__);
 }
