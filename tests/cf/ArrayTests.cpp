@@ -376,6 +376,7 @@ TEST(ArrayCapacity, NonZeroCapacityIsAHardLimit) {
     });
     EXPECT_EQ(lineCount(reports), 4) << reports;
     EXPECT_EQ(occurrences(reports, "fixed-capacity CFMutableArray is full"), 4) << reports;
+    EXPECT_NE(reports.find("CFArraySetValueAtIndex(): fixed-capacity"), std::string::npos) << reports;
     EXPECT_EQ(idsOf(array), (std::vector<long>{1, 2}));
     // Refused values were not retained, and nothing was released.
     EXPECT_EQ(CFGetRetainCount(c), 2);  // ours and `other`'s

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <regex>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -237,7 +236,6 @@ TEST(DataGrowth, NewAndReexposedBytesAreZero) {
 
 TEST(DataGrowth, AppendingByteByByteGrowsGeometrically) {
     auto d = own(CFDataCreateMutable(nullptr, 0));
-    std::set<const UInt8*> buffers;
     const UInt8* last = nullptr;
     long moves = 0;
     for (int i = 0; i < 100000; ++i) {

@@ -10,7 +10,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <vector>
+#include <memory>
+#include <new>
 
 struct __CFArray {
     CFRuntimeBase base;
@@ -26,6 +27,17 @@ namespace halvane::detail {
 namespace {
 
 enum ArrayBits : uintptr_t { kArrayMutable = 1 };
+
+// The most values an array can hold: their slots must stay addressable.
+constexpr CFIndex kMaxCount = CFIndex(SIZE_MAX / 2 / sizeof(void*));
+
+// Temporary slots that report instead of throwing when memory runs out:
+// no exception may cross the C interface.
+std::unique_ptr<const void* []> temporarySlots(CFIndex count, const char* caller) {
+    std::unique_ptr<const void*[]> slots(new (std::nothrow) const void*[size_t(count)]);
+    if (slots == nullptr) reportMisuse("CFArray: %s(): out of memory for %ld values", caller, count);
+    return slots;
+}
 
 bool isMutableArray(CFArrayRef a) {
     return (classBits(a) & kArrayMutable) != 0;
@@ -99,12 +111,7 @@ bool admitsCount(CFArrayRef a, CFIndex newCount, const char* caller) {
 // time stays linear overall; never beyond the fixed capacity.
 bool reserve(CFMutableArrayRef a, CFIndex needed, const char* caller) {
     if (needed <= a->allocated) return true;
-    constexpr CFIndex kMaxSlots = CFIndex(SIZE_MAX / 2 / sizeof(void*));
-    if (needed > kMaxSlots) {
-        reportMisuse("CFArray: %s(): %ld values cannot be stored", caller, needed);
-        return false;
-    }
-    CFIndex grown = std::clamp<CFIndex>(a->allocated * 2, 8, kMaxSlots);
+    CFIndex grown = std::clamp<CFIndex>(a->allocated * 2, 8, kMaxCount);
     grown = std::max(grown, needed);
     if (a->maxCount > 0) grown = std::min(grown, a->maxCount);
     auto* values = static_cast<const void**>(std::realloc(a->values, size_t(grown) * sizeof(void*)));
@@ -126,15 +133,21 @@ void replaceValues(CFMutableArrayRef a, CFRange range, const void** newValues, C
         reportMisuse("CFArray: %s(): %ld new values at %p", caller, newCount, static_cast<const void*>(newValues));
         return;
     }
-    CFIndex total = a->count - range.length + newCount;
+    CFIndex kept = a->count - range.length;
+    if (newCount > kMaxCount - kept) {
+        reportMisuse("CFArray: %s(): %ld values cannot be stored", caller, newCount);
+        return;
+    }
+    CFIndex total = kept + newCount;
     if (!admitsCount(a, total, caller)) return;
 
     const void* inlineSlots[16];
-    std::vector<const void*> heapSlots;
+    std::unique_ptr<const void*[]> heapSlots;
     const void** retained = inlineSlots;
     if (newCount > CFIndex(std::size(inlineSlots))) {
-        heapSlots.resize(size_t(newCount));
-        retained = heapSlots.data();
+        heapSlots = temporarySlots(newCount, caller);
+        if (heapSlots == nullptr) return;
+        retained = heapSlots.get();
     }
     for (CFIndex i = 0; i < newCount; ++i) retained[i] = retainValue(a, newValues[i]);
     if (!reserve(a, total, caller)) {
@@ -151,9 +164,17 @@ void replaceValues(CFMutableArrayRef a, CFRange range, const void** newValues, C
     a->count = total;
 }
 
+// The hot path of filling an array: no splice, no temporary.
+void appendValue(CFMutableArrayRef a, const void* value, const char* caller) {
+    CFIndex count = a->count;
+    if (!admitsCount(a, count + 1, caller) || !reserve(a, count + 1, caller)) return;
+    a->values[count] = retainValue(a, value);
+    a->count = count + 1;
+}
+
 __CFArray* newArray(CFAllocatorRef allocator, bool isMutable, CFIndex capacity, const CFArrayCallBacks& callBacks,
                     const void** values, CFIndex count, const char* caller) {
-    if (count > CFIndex(SIZE_MAX / 2 / sizeof(void*))) {
+    if (count > kMaxCount) {
         reportMisuse("CFArray: %s(): %ld values cannot be stored", caller, count);
         return nullptr;
     }
@@ -183,8 +204,10 @@ const CFArrayCallBacks& callBacksOrNone(const CFArrayCallBacks* callBacks) {
 // Stable bottom-up merge sort. Every element is moved exactly once per
 // pass and every index stays in bounds whatever the comparator answers, so
 // an inconsistent comparator gives a strange order, never lost values.
-void mergeSort(const void** values, CFIndex count, CFComparatorFunction comparator, void* context) {
+void mergeSort(const void** values, CFIndex count, CFComparatorFunction comparator, void* context, const char* caller) {
     constexpr CFIndex kRun = 8;
+    std::unique_ptr<const void*[]> scratch;
+    if (count > kRun && (scratch = temporarySlots(count, caller)) == nullptr) return;
     for (CFIndex start = 0; start < count; start += kRun) {
         CFIndex end = std::min(start + kRun, count);
         for (CFIndex i = start + 1; i < end; ++i) {
@@ -195,9 +218,8 @@ void mergeSort(const void** values, CFIndex count, CFComparatorFunction comparat
         }
     }
     if (count <= kRun) return;
-    std::vector<const void*> scratch(static_cast<size_t>(count));
     const void** from = values;
-    const void** to = scratch.data();
+    const void** to = scratch.get();
     for (CFIndex width = kRun; width < count; width *= 2) {
         for (CFIndex left = 0; left < count; left += 2 * width) {
             CFIndex middle = std::min(left + width, count);
@@ -416,11 +438,7 @@ CFIndex CFArrayBSearchValues(CFArrayRef theArray, CFRange range, const void* val
 }
 
 void CFArrayAppendValue(CFMutableArrayRef theArray, const void* value) {
-    if (!checkMutableArray(theArray, __func__)) return;
-    CFIndex count = theArray->count;
-    if (!admitsCount(theArray, count + 1, __func__) || !reserve(theArray, count + 1, __func__)) return;
-    theArray->values[count] = retainValue(theArray, value);
-    theArray->count = count + 1;
+    if (checkMutableArray(theArray, __func__)) appendValue(theArray, value, __func__);
 }
 
 void CFArrayInsertValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const void* value) {
@@ -431,7 +449,7 @@ void CFArrayInsertValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const vo
 void CFArraySetValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const void* value) {
     if (!checkMutableArray(theArray, __func__) || !checkIndex(theArray, idx, theArray->count + 1, __func__)) return;
     if (idx == theArray->count) {
-        CFArrayAppendValue(theArray, value);
+        appendValue(theArray, value, __func__);
         return;
     }
     // Retained before the old value goes, in case both are the same object.
@@ -470,7 +488,7 @@ void CFArraySortValues(CFMutableArrayRef theArray, CFRange range, CFComparatorFu
         reportMisuse("CFArray: CFArraySortValues(): NULL comparator");
         return;
     }
-    if (range.length > 1) mergeSort(theArray->values + range.location, range.length, comparator, context);
+    if (range.length > 1) mergeSort(theArray->values + range.location, range.length, comparator, context, __func__);
 }
 
 void CFArrayAppendArray(CFMutableArrayRef theArray, CFArrayRef otherArray, CFRange otherRange) {

@@ -9,7 +9,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <vector>
+#include <memory>
+#include <new>
 
 struct __CFData {
     CFRuntimeBase base;
@@ -113,13 +114,18 @@ void replaceBytes(CFMutableDataRef d, CFRange range, const UInt8* newBytes, CFIn
 
     // The new bytes may come from this very buffer, which can move or be
     // shifted below: take them out first.
-    std::vector<UInt8> ownCopy;
+    std::unique_ptr<UInt8[]> ownCopy;
     auto source = reinterpret_cast<uintptr_t>(newBytes);
     auto start = reinterpret_cast<uintptr_t>(d->bytes);
     if (newLength > 0 && d->bytes != nullptr && source < start + size_t(d->allocated) &&
         start < source + size_t(newLength)) {
-        ownCopy.assign(newBytes, newBytes + newLength);
-        newBytes = ownCopy.data();
+        ownCopy.reset(new (std::nothrow) UInt8[size_t(newLength)]);
+        if (ownCopy == nullptr) {
+            reportMisuse("CFData: %s(): out of memory for %ld bytes", caller, newLength);
+            return;
+        }
+        std::memcpy(ownCopy.get(), newBytes, size_t(newLength));
+        newBytes = ownCopy.get();
     }
     if (!reserve(d, total, caller)) return;
     CFIndex tail = d->length - range.location - range.length;
