@@ -23,6 +23,8 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFTypeTypeID] = &kTypeClass;
     table[kCFAllocatorTypeID] = &kAllocatorClass;
     table[kCFStringTypeID] = &kStringClass;
+    table[kCFArrayTypeID] = &kArrayClass;
+    table[kCFDataTypeID] = &kDataClass;
     return table;
 }();
 
