@@ -23,6 +23,9 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFTypeTypeID] = &kTypeClass;
     table[kCFAllocatorTypeID] = &kAllocatorClass;
     table[kCFStringTypeID] = &kStringClass;
+    table[kCFNullTypeID] = &kNullClass;
+    table[kCFBooleanTypeID] = &kBooleanClass;
+    table[kCFNumberTypeID] = &kNumberClass;
     return table;
 }();
 
