@@ -72,6 +72,7 @@ extern const CFRuntimeClass kStringClass;
 extern const CFRuntimeClass kNullClass;
 extern const CFRuntimeClass kBooleanClass;
 extern const CFRuntimeClass kNumberClass;
+extern const CFRuntimeClass kDateClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

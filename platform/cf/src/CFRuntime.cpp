@@ -26,6 +26,7 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFNullTypeID] = &kNullClass;
     table[kCFBooleanTypeID] = &kBooleanClass;
     table[kCFNumberTypeID] = &kNumberClass;
+    table[kCFDateTypeID] = &kDateClass;
     return table;
 }();
 
