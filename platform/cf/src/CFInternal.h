@@ -71,6 +71,10 @@ extern const CFRuntimeClass kAllocatorClass;
 extern const CFRuntimeClass kStringClass;
 extern const CFRuntimeClass kArrayClass;
 extern const CFRuntimeClass kDataClass;
+extern const CFRuntimeClass kNullClass;
+extern const CFRuntimeClass kBooleanClass;
+extern const CFRuntimeClass kNumberClass;
+extern const CFRuntimeClass kDateClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

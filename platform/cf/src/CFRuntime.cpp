@@ -25,6 +25,10 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFStringTypeID] = &kStringClass;
     table[kCFArrayTypeID] = &kArrayClass;
     table[kCFDataTypeID] = &kDataClass;
+    table[kCFNullTypeID] = &kNullClass;
+    table[kCFBooleanTypeID] = &kBooleanClass;
+    table[kCFNumberTypeID] = &kNumberClass;
+    table[kCFDateTypeID] = &kDateClass;
     return table;
 }();
 
