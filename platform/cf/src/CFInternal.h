@@ -69,6 +69,7 @@ inline uintptr_t classBits(CFTypeRef cf) { return runtimeBase(cf)->_cfisa >> kCl
 extern const CFRuntimeClass kTypeClass;
 extern const CFRuntimeClass kAllocatorClass;
 extern const CFRuntimeClass kStringClass;
+extern const CFRuntimeClass kDictionaryClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

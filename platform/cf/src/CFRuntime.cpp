@@ -23,6 +23,7 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFTypeTypeID] = &kTypeClass;
     table[kCFAllocatorTypeID] = &kAllocatorClass;
     table[kCFStringTypeID] = &kStringClass;
+    table[kCFDictionaryTypeID] = &kDictionaryClass;
     return table;
 }();
 
