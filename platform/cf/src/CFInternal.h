@@ -70,6 +70,7 @@ extern const CFRuntimeClass kTypeClass;
 extern const CFRuntimeClass kAllocatorClass;
 extern const CFRuntimeClass kStringClass;
 extern const CFRuntimeClass kDictionaryClass;
+extern const CFRuntimeClass kErrorClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

@@ -24,6 +24,7 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFAllocatorTypeID] = &kAllocatorClass;
     table[kCFStringTypeID] = &kStringClass;
     table[kCFDictionaryTypeID] = &kDictionaryClass;
+    table[kCFErrorTypeID] = &kErrorClass;
     return table;
 }();
 
