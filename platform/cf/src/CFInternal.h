@@ -75,6 +75,8 @@ extern const CFRuntimeClass kNullClass;
 extern const CFRuntimeClass kBooleanClass;
 extern const CFRuntimeClass kNumberClass;
 extern const CFRuntimeClass kDateClass;
+extern const CFRuntimeClass kDictionaryClass;
+extern const CFRuntimeClass kErrorClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

@@ -29,6 +29,8 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFBooleanTypeID] = &kBooleanClass;
     table[kCFNumberTypeID] = &kNumberClass;
     table[kCFDateTypeID] = &kDateClass;
+    table[kCFDictionaryTypeID] = &kDictionaryClass;
+    table[kCFErrorTypeID] = &kErrorClass;
     return table;
 }();
 
