@@ -113,6 +113,7 @@ TEST(StringFormat, IntegerConversionsMatchPrintf) {
     EXPECT_LIKE_PRINTF("%i %u %u", -9, 4294967295u, -1);
     EXPECT_LIKE_PRINTF("[%x][%X][%#x][%#X][%#x][%o][%#o][%#o][%#.0o][%.0x]", 255, 255, 255, 255, 0, 511, 8, 0, 0, 0);
     EXPECT_LIKE_PRINTF("[%#10x][%#010x][%-#10x][%#.5X][%+x][% u]", 255, 255, 255, 171, 5, 5);
+    EXPECT_LIKE_PRINTF("[%#07o][%#012lo][%#-7o][%#7.3o]", 3, 1L, 3, 3);
     // Length modifiers: hh and h cut the value, l ll q j z t read 64 bits.
     EXPECT_LIKE_PRINTF("%hhd %hhu %hhx %hd %hu %hx", 300, -1, 0x1ff, 70000, -1, 0x12345);
     EXPECT_LIKE_PRINTF("%ld %lu %lx %lo", LONG_MIN, ULONG_MAX, 0xdeadbeefcafeUL, 01234567012345670UL);
@@ -140,6 +141,58 @@ TEST(StringFormat, FloatingConversionsMatchPrintf) {
     // Longer than any small buffer.
     EXPECT_LIKE_PRINTF("%f %.40f", 1e300, 1.0 / 3);
     EXPECT_LIKE_PRINTF("%d %f %d %Lf %d", 1, 2.5, 3, 4.5L, 5);
+}
+
+// Every combination of flags, width and precision for each numeric
+// conversion, over values that reach the edge cases (zero, negative zero,
+// extremes, ties, subnormals, infinities and NaN).
+TEST(StringFormat, NumericConversionsMatchPrintfInEveryCombination) {
+    const std::string flagSets[] = {"", "-", "+", " ", "0", "#", "-+", " 0", "+0", "#0", "-#", "+ #0"};
+    const std::string widths[] = {"", "1", "7", "24"};
+    const std::string precisions[] = {"", ".", ".0", ".1", ".5", ".17"};
+    const long long integers[] = {0, 1, -1, 7, -42, 255, 65535, 123456789, INT_MIN, INT_MAX, LLONG_MIN, LLONG_MAX};
+    const char* integerSizes[] = {"", "hh", "h", "l", "ll", "z"};
+    const double reals[] = {0.0, -0.0, 0.5, 2.5, 0.125, 1.0 / 3, -1234.5678, 1e-300, 5e-324, 1e21, DBL_MAX, INFINITY,
+                            -INFINITY, NAN};
+    int checked = 0, mismatches = 0;
+    auto compare = [&](const std::string& format, const std::string& expected, const std::string& actual) {
+        ++checked;
+        if (expected != actual && ++mismatches <= 10) {
+            ADD_FAILURE() << format << ": printf gives '" << expected << "', CF gives '" << actual << "'";
+        }
+    };
+    char expected[512];
+    for (const std::string& flags : flagSets) {
+        for (const std::string& width : widths) {
+            for (const std::string& precision : precisions) {
+                for (char letter : std::string("diuxXo")) {
+                    for (size_t k = 0; k < std::size(integers); ++k) {
+                        std::string size = integerSizes[k % std::size(integerSizes)];
+                        std::string format = "%" + flags + width + precision + size + letter;
+                        auto cfFormat = string(std::u16string(format.begin(), format.end()));
+                        bool wide = size == "l" || size == "ll" || size == "z";
+                        if (wide) {
+                            std::snprintf(expected, sizeof expected, format.c_str(), integers[k]);
+                            compare(format, expected, formattedASCII(cfFormat, integers[k]));
+                        } else {
+                            std::snprintf(expected, sizeof expected, format.c_str(), int(integers[k]));
+                            compare(format, expected, formattedASCII(cfFormat, int(integers[k])));
+                        }
+                    }
+                }
+                for (char letter : std::string("fFeEgGaA")) {
+                    std::string format = "%" + flags + width + precision + letter;
+                    auto cfFormat = string(std::u16string(format.begin(), format.end()));
+                    for (double value : reals) {
+                        std::snprintf(expected, sizeof expected, format.c_str(), value);
+                        compare(format, expected, formattedASCII(cfFormat, value));
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_EQ(mismatches, 0) << "of " << checked;
+    EXPECT_EQ(checked, 12 * 4 * 6 * (6 * 12 + 8 * 14));
 }
 
 TEST(StringFormat, PointersAreRenderedWithAnExplicitPrefix) {

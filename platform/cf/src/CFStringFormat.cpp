@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdarg>
 #include <cstring>
 #include <memory>
@@ -460,24 +461,79 @@ void appendInteger(std::u16string& text, uint64_t magnitude, bool negative, char
     const char* prefix = "";
     if (letter == 'p' || (letter == 'x' && (flags & kAlternateForm) && magnitude != 0)) prefix = "0x";
     if (letter == 'X' && (flags & kAlternateForm) && magnitude != 0) prefix = "0X";
+    bool zeroPad = precision < 0 && (flags & kZeroPad) && !(flags & kLeftJustify);
     if (letter == 'o' && (flags & kAlternateForm) && (digitCount == 0 || digits[0] != '0')) {
         precision = std::max(precision, int(digitCount) + 1);  // the alternate form starts with a 0
     }
     size_t prefixLength = (sign != 0 ? 1 : 0) + std::strlen(prefix);
     size_t zeros = precision > int(digitCount) ? size_t(precision) - digitCount : 0;
-    if (precision < 0 && (flags & kZeroPad) && !(flags & kLeftJustify) && width > 0 &&
-        size_t(width) > prefixLength + digitCount) {
-        zeros = size_t(width) - prefixLength - digitCount;
+    if (zeroPad && width > 0 && size_t(width) > prefixLength + digitCount) {
+        zeros = std::max(zeros, size_t(width) - prefixLength - digitCount);
     }
     size_t total = prefixLength + zeros + digitCount;
     size_t padding = width > 0 && size_t(width) > total ? size_t(width) - total : 0;
 
-    if (!(flags & kLeftJustify)) text.append(padding, u' ');
-    if (sign != 0) text.push_back(char16_t(sign));
-    for (const char* p = prefix; *p != 0; ++p) text.push_back(char16_t(*p));
-    text.append(zeros, u'0');
-    for (size_t k = 0; k < digitCount; ++k) text.push_back(char16_t(digits[k]));
-    if (flags & kLeftJustify) text.append(padding, u' ');
+    size_t start = text.size();
+    text.resize(start + total + padding);
+    char16_t* out = text.data() + start;
+    if (!(flags & kLeftJustify)) out = std::fill_n(out, padding, u' ');
+    if (sign != 0) *out++ = char16_t(sign);
+    for (const char* p = prefix; *p != 0; ++p) *out++ = char16_t(*p);
+    out = std::fill_n(out, zeros, u'0');
+    out = std::copy(digits, digits + digitCount, out);
+    if (flags & kLeftJustify) std::fill_n(out, padding, u' ');
+}
+
+// %f %F %e %E %g %G of a double without the # flag. std::to_chars with a
+// precision produces the characters printf produces in the C locale, several
+// times faster; sign, padding and upper case are added here. Returns false,
+// having appended nothing, when the result would not fit the local buffer.
+bool appendFloatingWithToChars(std::u16string& text, char letter, double value, uint8_t flags, int width,
+                                int precision) {
+    std::chars_format style;
+    switch (letter) {
+        case 'f':
+        case 'F':
+            style = std::chars_format::fixed;
+            break;
+        case 'e':
+        case 'E':
+            style = std::chars_format::scientific;
+            break;
+        case 'g':
+        case 'G':
+            style = std::chars_format::general;
+            break;
+        default:
+            return false;
+    }
+    if (flags & kAlternateForm) return false;
+    char digits[128];
+    auto [end, error] = std::to_chars(digits, digits + sizeof digits, std::fabs(value), style,
+                                      precision < 0 ? 6 : precision);
+    if (error != std::errc()) return false;
+    size_t digitCount = size_t(end - digits);
+    bool upper = letter == 'F' || letter == 'E' || letter == 'G';
+
+    char sign = std::signbit(value) ? '-' : (flags & kPlusSign) ? '+' : (flags & kSpaceSign) ? ' ' : 0;
+    size_t total = (sign != 0 ? 1 : 0) + digitCount;
+    size_t padding = width > 0 && size_t(width) > total ? size_t(width) - total : 0;
+    // Zeros go between the sign and the digits; infinities and NaNs are
+    // padded with spaces whatever the flags say.
+    bool zeros = (flags & kZeroPad) && !(flags & kLeftJustify) && std::isfinite(value);
+
+    size_t start = text.size();
+    text.resize(start + total + padding);
+    char16_t* out = text.data() + start;
+    if (!(flags & kLeftJustify) && !zeros) out = std::fill_n(out, padding, u' ');
+    if (sign != 0) *out++ = char16_t(sign);
+    if (zeros) out = std::fill_n(out, padding, u'0');
+    for (size_t k = 0; k < digitCount; ++k) {
+        char c = digits[k];
+        *out++ = char16_t(upper && c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+    }
+    if (flags & kLeftJustify) std::fill_n(out, padding, u' ');
+    return true;
 }
 
 // The text of one format call: a buffer kept per thread so that formatting
@@ -485,14 +541,14 @@ void appendInteger(std::u16string& text, uint64_t magnitude, bool negative, char
 // description formats in turn finds the buffer taken and uses a new one.
 class OutputText {
 public:
-    OutputText() {
-        builder_.text().swap(spare());
+    OutputText() : spare_(spare()) {
+        builder_.text().swap(spare_);
         builder_.text().clear();
     }
     ~OutputText() {
         constexpr size_t kLargestKept = 16384;
-        if (builder_.text().capacity() <= kLargestKept && spare().capacity() < builder_.text().capacity()) {
-            builder_.text().swap(spare());
+        if (builder_.text().capacity() <= kLargestKept && spare_.capacity() < builder_.text().capacity()) {
+            builder_.text().swap(spare_);
         }
     }
     OutputText(const OutputText&) = delete;
@@ -506,6 +562,7 @@ private:
         thread_local std::u16string buffer;
         return buffer;
     }
+    std::u16string& spare_;
     TextBuilder builder_;
 };
 
@@ -681,6 +738,18 @@ private:
     }
 
     void appendFloating(const Specification& spec, const Argument& value, uint8_t flags, int width, int precision) {
+        size_t start = text_.size();
+        if (value.type == ArgumentType::LongDouble ||
+            !appendFloatingWithToChars(text_, spec.letter, value.type == ArgumentType::Double ? value.real : 0.0,
+                                        flags, width, precision)) {
+            appendPrintfFloating(spec.letter, value, flags, width, precision);
+        }
+        applyDecimalSeparator(start);
+    }
+
+    // Everything the quick path leaves: %a, the # flag, long double and
+    // very long results, through the C library in the C locale.
+    void appendPrintfFloating(char letter, const Argument& value, uint8_t flags, int width, int precision) {
         char format[32];
         char* p = format;
         *p++ = '%';
@@ -696,16 +765,13 @@ private:
         }
         bool isLong = value.type == ArgumentType::LongDouble;
         if (isLong) *p++ = 'L';
-        *p++ = spec.letter;
+        *p++ = letter;
         *p = 0;
-
-        size_t start = text_.size();
         if (isLong) {
             builder_.format(format, value.longReal);
         } else {
             builder_.format(format, value.type == ArgumentType::Double ? value.real : 0.0);
         }
-        applyDecimalSeparator(start);
     }
 
     void applyDecimalSeparator(size_t start) {
