@@ -34,8 +34,8 @@ BENCHMARK(BM_CFStringFormatIntegers);
 static void BM_CFStringFormatNumbersWithFloats(benchmark::State& state) {
     double real = 3.14159;
     for (auto _ : state) {
-        CFStringRef s =
-            CFStringCreateWithFormat(nullptr, nullptr, CFSTR("%d/%u %.3f %x %lld %g"), 12, 34u, real, 255u, 1LL << 40, 0.5);
+        CFStringRef s = CFStringCreateWithFormat(nullptr, nullptr, CFSTR("%d/%u %.3f %x %lld %g"), 12, 34u, real, 255u,
+                                                 1LL << 40, 0.5);
         benchmark::DoNotOptimize(s);
         CFRelease(s);
         real += 1.0;

@@ -52,13 +52,12 @@ std::string formattedASCII(CFStringRef format, ...) {
 // locale) and through CFStringCreateWithFormat. The compiler's format
 // checks are off for the reference call: odd flag combinations are part of
 // what is compared.
-#define EXPECT_LIKE_PRINTF(format, ...)                                            \
-    do {                                                                           \
-        char expected[512];                                                        \
-        _Pragma("GCC diagnostic push") _Pragma("GCC diagnostic ignored \"-Wformat\"") \
-            std::snprintf(expected, sizeof expected, format, __VA_ARGS__);         \
-        _Pragma("GCC diagnostic pop")                                              \
-            EXPECT_EQ(formattedASCII(CFSTR(format), __VA_ARGS__), expected) << format; \
+#define EXPECT_LIKE_PRINTF(format, ...)                                                                          \
+    do {                                                                                                         \
+        char expected[512];                                                                                      \
+        _Pragma("GCC diagnostic push") _Pragma("GCC diagnostic ignored \"-Wformat\"")                            \
+            std::snprintf(expected, sizeof expected, format, __VA_ARGS__);                                       \
+        _Pragma("GCC diagnostic pop") EXPECT_EQ(formattedASCII(CFSTR(format), __VA_ARGS__), expected) << format; \
     } while (0)
 
 std::string hex(const void* p) {
@@ -86,20 +85,26 @@ CFStringRef thingDebugDescription(CFTypeRef cf) {
     return CFStringCreateWithFormat(nullptr, nullptr, CFSTR("<debug thing %d>"), static_cast<const Thing*>(cf)->value);
 }
 
-const CFRuntimeClass describedClass = {0,       "Described", nullptr, nullptr, nullptr, nullptr,
-                                       nullptr, thingFormattingDescription, thingDebugDescription, nullptr, nullptr, 0};
-const CFRuntimeClass debugOnlyClass = {0,       "DebugOnly", nullptr, nullptr, nullptr, nullptr,
-                                       nullptr, nullptr,     thingDebugDescription, nullptr, nullptr, 0};
-const CFRuntimeClass bareClass = {0, "Bare", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                  nullptr, 0};
+CFRuntimeClass thingClass(const char* name, CFStringRef (*formatting)(CFTypeRef, CFDictionaryRef),
+                          CFStringRef (*debug)(CFTypeRef)) {
+    CFRuntimeClass cls = {};
+    cls.className = name;
+    cls.copyFormattingDesc = formatting;
+    cls.copyDebugDesc = debug;
+    return cls;
+}
+
+const CFRuntimeClass describedClass = thingClass("Described", thingFormattingDescription, thingDebugDescription);
+const CFRuntimeClass debugOnlyClass = thingClass("DebugOnly", nullptr, thingDebugDescription);
+const CFRuntimeClass bareClass = thingClass("Bare", nullptr, nullptr);
 
 Owned<CFTypeRef> newThing(const CFRuntimeClass* cls, int value) {
     static CFTypeID described = _CFRuntimeRegisterClass(&describedClass);
     static CFTypeID debugOnly = _CFRuntimeRegisterClass(&debugOnlyClass);
     static CFTypeID bare = _CFRuntimeRegisterClass(&bareClass);
     CFTypeID typeID = cls == &describedClass ? described : cls == &debugOnlyClass ? debugOnly : bare;
-    auto* thing = static_cast<Thing*>(const_cast<void*>(
-        _CFRuntimeCreateInstance(nullptr, typeID, sizeof(Thing) - sizeof(CFRuntimeBase), nullptr)));
+    auto* thing = static_cast<Thing*>(
+        const_cast<void*>(_CFRuntimeCreateInstance(nullptr, typeID, sizeof(Thing) - sizeof(CFRuntimeBase), nullptr)));
     if (thing != nullptr) thing->value = value;
     return own<CFTypeRef>(thing);
 }
@@ -152,8 +157,8 @@ TEST(StringFormat, NumericConversionsMatchPrintfInEveryCombination) {
     const std::string precisions[] = {"", ".", ".0", ".1", ".5", ".17"};
     const long long integers[] = {0, 1, -1, 7, -42, 255, 65535, 123456789, INT_MIN, INT_MAX, LLONG_MIN, LLONG_MAX};
     const char* integerSizes[] = {"", "hh", "h", "l", "ll", "z"};
-    const double reals[] = {0.0, -0.0, 0.5, 2.5, 0.125, 1.0 / 3, -1234.5678, 1e-300, 5e-324, 1e21, DBL_MAX, INFINITY,
-                            -INFINITY, NAN};
+    const double reals[] = {0.0,    -0.0,   0.5,  2.5,     0.125,    1.0 / 3,   -1234.5678,
+                            1e-300, 5e-324, 1e21, DBL_MAX, INFINITY, -INFINITY, NAN};
     int checked = 0, mismatches = 0;
     auto compare = [&](const std::string& format, const std::string& expected, const std::string& actual) {
         ++checked;
@@ -218,7 +223,7 @@ TEST(StringFormat, CharactersAndUnits) {
 }
 
 TEST(StringFormat, CStringsAreUTF8) {
-    EXPECT_EQ(formatted(CFSTR("%s, %s!"), "Gr\xC3\xBC\xC3\x9F" "e", "\xE4\xB8\x96\xF0\x9F\x98\x80"), u"Grüße, 世\U0001F600!");
+    EXPECT_EQ(formatted(CFSTR("%s, %s!"), "Gr\u00FC\u00DFe", "\u4E16\U0001F600"), u"Grüße, 世\U0001F600!");
     // Precision counts bytes and stops earlier at a NUL.
     EXPECT_EQ(formattedASCII(CFSTR("[%.3s][%.10s][%.0s][%.5s]"), "abcdef", "ab", "abc", "ab\0cd"), "[abc][ab][][ab]");
     // Width pads with spaces; only - counts among the flags.
@@ -235,7 +240,8 @@ TEST(StringFormat, CStringsAreUTF8) {
 
 TEST(StringFormat, UnitStrings) {
     const UniChar text[] = {u'w', u'ö', u'r', 0xD83D, 0xDE00, 0};
-    EXPECT_EQ(formatted(CFSTR("%S|%.2S|%8S|%-7S|"), text, text, text, u"ab"), u"wör\U0001F600|wö|   wör\U0001F600|ab     |");
+    EXPECT_EQ(formatted(CFSTR("%S|%.2S|%8S|%-7S|"), text, text, text, u"ab"),
+              u"wör\U0001F600|wö|   wör\U0001F600|ab     |");
     const UniChar early[] = {u'a', 0, u'b', 0};
     EXPECT_EQ(formatted(CFSTR("%S %S"), early, static_cast<const UniChar*>(nullptr)), u"a (null)");
 }
@@ -304,7 +310,7 @@ TEST(StringFormat, PercentUnknownConversionsAndTheEnd) {
 }
 
 TEST(StringFormat, FormatTextMayBeAnyUnicode) {
-    EXPECT_EQ(formatted(CFSTR("Gr\xC3\xB6\xC3\x9F" "e: %d \xE2\x82\xAC, %@ \xF0\x9F\x98\x80"), 5, CFSTR("ok")),
+    EXPECT_EQ(formatted(CFSTR("Gr\u00F6\u00DFe: %d \u20AC, %@ \U0001F600"), 5, CFSTR("ok")),
               u"Größe: 5 €, ok \U0001F600");
     auto wide = string(u"ä%2$@·%1$d");
     EXPECT_EQ(formatted(wide, 3, CFSTR("ü")), u"äü·3");
@@ -437,10 +443,10 @@ TEST(StringFormat, DecimalSeparatorOption) {
     }
     const void* keys[] = {CFSTR("NSDecimalSeparator")};
     const void* values[] = {CFSTR(",")};
-    auto options = own(CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
-                                          &kCFTypeDictionaryValueCallBacks));
+    auto options = own(
+        CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     ASSERT_TRUE(options);
-    auto localized = own(CFStringCreateWithFormat(nullptr, options, CFSTR("%.2f %e %d %g %@"), 3.25, 1.5, 1000, 2.0,
-                                                  CFSTR("a.b")));
+    auto localized =
+        own(CFStringCreateWithFormat(nullptr, options, CFSTR("%.2f %e %d %g %@"), 3.25, 1.5, 1000, 2.0, CFSTR("a.b")));
     EXPECT_EQ(ascii(localized), "3,25 1,500000e+00 1000 2 a.b");
 }

@@ -5,8 +5,9 @@
 // and the type of every argument it names; the variable arguments are then
 // read once, in order (positional specifications may name them in any order
 // and more than once); finally the output is built in one buffer and turned
-// into a string. Integers are formatted here, floating-point numbers by the
-// C library in the C locale, so the process locale never shows through.
+// into a string. Integers are formatted here, floating-point numbers with
+// std::to_chars or, for the rarer forms, by the C library switched to the C
+// locale, so the process locale never shows through.
 #include "CFStringInternal.h"
 
 #include <CoreFoundation/CFDictionary.h>
@@ -37,18 +38,18 @@ enum class ValueSize : uint8_t { Default, Char, Short, Long, LongDouble };
 enum class ArgumentType : uint8_t { Unused, Int, Long, Double, LongDouble, Pointer };
 
 enum class Conversion : uint8_t {
-    Nothing,    // incomplete specification at the end of the format
-    Literal,    // %% and unknown conversions: one unit printed as it is
-    Object,     // %@
-    Signed,     // %d %i %D
-    Unsigned,   // %u %o %x %X %U %O
-    Floating,   // %f %F %e %E %g %G %a %A
-    Char,       // %c
-    Unit,       // %C
-    CString,    // %s
-    UnitString, // %S
-    Pointer,    // %p
-    Count       // %n
+    Nothing,     // incomplete specification at the end of the format
+    Literal,     // %% and unknown conversions: one unit printed as it is
+    Object,      // %@
+    Signed,      // %d %i %D
+    Unsigned,    // %u %o %x %X %U %O
+    Floating,    // %f %F %e %E %g %G %a %A
+    Char,        // %c
+    Unit,        // %C
+    CString,     // %s
+    UnitString,  // %S
+    Pointer,     // %p
+    Count        // %n
 };
 
 constexpr int32_t kNoArgument = -1;
@@ -168,8 +169,11 @@ private:
     // index just past it.
     template <typename Unit>
     CFIndex parseSpecification(const Unit* format, CFIndex length, CFIndex begin, Specification& spec) {
-        spec = Specification{begin, length, Conversion::Nothing, 0, 0, 0, ValueSize::Default, kNoValue, kNoValue,
-                             kNoArgument, kNoArgument, kNoArgument};
+        spec = Specification{};  // Conversion::Nothing, no flags, default size
+        spec.begin = begin;
+        spec.end = length;
+        spec.width = spec.precision = kNoValue;
+        spec.widthArgument = spec.precisionArgument = spec.valueArgument = kNoArgument;
         CFIndex i = begin + 1;
         // Arguments are assigned only once the conversion is known to take
         // one, so that "%*k" or a "%5" at the end reads nothing.
@@ -263,10 +267,10 @@ private:
     static ArgumentType classify(Unit c, Specification& spec) {
         // Integers: int unless a length modifier says long; "L" reads a
         // long long, as the C library does with the same text.
-        ArgumentType integer = (spec.size == ValueSize::Default || spec.size == ValueSize::Char ||
-                                spec.size == ValueSize::Short)
-                                   ? ArgumentType::Int
-                                   : ArgumentType::Long;
+        ArgumentType integer =
+            (spec.size == ValueSize::Default || spec.size == ValueSize::Char || spec.size == ValueSize::Short)
+                ? ArgumentType::Int
+                : ArgumentType::Long;
         switch (c) {
             case 'd':
             case 'i':
@@ -414,9 +418,8 @@ int64_t integerOf(const Argument& argument) {
         case ArgumentType::Pointer:
             return int64_t(reinterpret_cast<intptr_t>(argument.pointer));
         case ArgumentType::Double:
-            return 0;
         case ArgumentType::LongDouble:
-            return 0;
+            break;
     }
     return 0;
 }
@@ -485,11 +488,11 @@ void appendInteger(std::u16string& text, uint64_t magnitude, bool negative, char
 }
 
 // %f %F %e %E %g %G of a double without the # flag. std::to_chars with a
-// precision produces the characters printf produces in the C locale, several
-// times faster; sign, padding and upper case are added here. Returns false,
+// precision produces the characters printf produces in the C locale, at a
+// fraction of the cost; sign, padding and upper case are added here. Returns false,
 // having appended nothing, when the result would not fit the local buffer.
 bool appendFloatingWithToChars(std::u16string& text, char letter, double value, uint8_t flags, int width,
-                                int precision) {
+                               int precision) {
     std::chars_format style;
     switch (letter) {
         case 'f':
@@ -509,8 +512,8 @@ bool appendFloatingWithToChars(std::u16string& text, char letter, double value, 
     }
     if (flags & kAlternateForm) return false;
     char digits[128];
-    auto [end, error] = std::to_chars(digits, digits + sizeof digits, std::fabs(value), style,
-                                      precision < 0 ? 6 : precision);
+    auto [end, error] =
+        std::to_chars(digits, digits + sizeof digits, std::fabs(value), style, precision < 0 ? 6 : precision);
     if (error != std::errc()) return false;
     size_t digitCount = size_t(end - digits);
     bool upper = letter == 'F' || letter == 'E' || letter == 'G';
@@ -740,8 +743,8 @@ private:
     void appendFloating(const Specification& spec, const Argument& value, uint8_t flags, int width, int precision) {
         size_t start = text_.size();
         if (value.type == ArgumentType::LongDouble ||
-            !appendFloatingWithToChars(text_, spec.letter, value.type == ArgumentType::Double ? value.real : 0.0,
-                                        flags, width, precision)) {
+            !appendFloatingWithToChars(text_, spec.letter, value.type == ArgumentType::Double ? value.real : 0.0, flags,
+                                       width, precision)) {
             appendPrintfFloating(spec.letter, value, flags, width, precision);
         }
         applyDecimalSeparator(start);
@@ -855,8 +858,8 @@ FormatResult formatInto(OutputText& output, CFDictionaryRef formatOptions, CFStr
     }
 }
 
-CFStringRef createWithFormat(CFAllocatorRef alloc, CFDictionaryRef formatOptions, CFStringRef format,
-                             va_list arguments, const char* caller) {
+CFStringRef createWithFormat(CFAllocatorRef alloc, CFDictionaryRef formatOptions, CFStringRef format, va_list arguments,
+                             const char* caller) {
     OutputText output;
     switch (formatInto(output, formatOptions, format, arguments, caller)) {
         case FormatResult::Failed:
@@ -870,8 +873,8 @@ CFStringRef createWithFormat(CFAllocatorRef alloc, CFDictionaryRef formatOptions
     return output.builder().create(alloc);
 }
 
-void appendFormat(CFMutableStringRef theString, CFDictionaryRef formatOptions, CFStringRef format,
-                  va_list arguments, const char* caller) {
+void appendFormat(CFMutableStringRef theString, CFDictionaryRef formatOptions, CFStringRef format, va_list arguments,
+                  const char* caller) {
     if (!isA(theString, kCFStringTypeID)) {
         reportMisuse("CFString: %s(): not a string", caller);
         return;
@@ -910,7 +913,7 @@ void CFStringAppendFormat(CFMutableStringRef theString, CFDictionaryRef formatOp
     va_end(arguments);
 }
 
-void CFStringAppendFormatAndArguments(CFMutableStringRef theString, CFDictionaryRef formatOptions,
-                                      CFStringRef format, va_list arguments) {
+void CFStringAppendFormatAndArguments(CFMutableStringRef theString, CFDictionaryRef formatOptions, CFStringRef format,
+                                      va_list arguments) {
     appendFormat(theString, formatOptions, format, arguments, "CFStringAppendFormatAndArguments");
 }
