@@ -79,3 +79,14 @@ static void BM_SnprintfIntegersReference(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_SnprintfIntegersReference);
+
+static void BM_SnprintfObjectShapeReference(benchmark::State& state) {
+    char buffer[64];
+    int count = 0;
+    for (auto _ : state) {
+        int n = std::snprintf(buffer, sizeof buffer, "%s : %d items", "list", ++count);
+        benchmark::DoNotOptimize(n);
+        benchmark::DoNotOptimize(buffer);
+    }
+}
+BENCHMARK(BM_SnprintfObjectShapeReference);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cfloat>
 #include <climits>
 #include <clocale>
@@ -14,6 +15,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <thread>
+#include <vector>
 
 // Dictionaries are a separate part of the library; the decimal-separator
 // test runs once they are linked in.
@@ -276,6 +279,25 @@ TEST(StringFormat, ObjectsUseTheirFormattingDescription) {
     auto withOptions = own(CFStringCreateWithFormat(nullptr, options, CFSTR("%@"), described.get()));
     EXPECT_EQ(ascii(withOptions), "thing 5");
     EXPECT_EQ(lastFormatOptions, options);
+}
+
+TEST(StringFormat, ThreadsFormatIndependently) {
+    auto described = newThing(&describedClass, 11);
+    ASSERT_TRUE(described);
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 500; ++i) {
+                // The object's description formats too, inside this call.
+                std::string expected = "[" + std::to_string(t) + "/" + std::to_string(i) + "] thing 11 1.5";
+                if (formattedASCII(CFSTR("[%d/%d] %@ %.1f"), t, i, described.get(), 1.5) != expected) ++wrong;
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(CFGetRetainCount(described), 1);
 }
 
 TEST(StringFormat, PositionalArgumentsCanBeReordered) {
