@@ -215,12 +215,12 @@ bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, On
     return true;
 }
 
+}  // namespace
+
 locale_t cLocale() {
     static locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t(0));
     return locale;
 }
-
-}  // namespace
 
 constinit const CFRuntimeClass kStringClass = {
     0,       "CFString", nullptr, nullptr, finalizeString, equalStrings, hashString, copyStringFormattingDescription,
@@ -298,6 +298,14 @@ CFStringRef createStringReferencingUnits(CFAllocatorRef allocator, const UniChar
 
 bool decodeUTF8(const uint8_t* bytes, size_t length, std::u16string& out) {
     return decodeUTF8With(bytes, length, out, [](std::u16string&, uint8_t) { return false; });
+}
+
+bool decodeUTF8AllowingStrayA9(const uint8_t* bytes, size_t length, std::u16string& out) {
+    return decodeUTF8With(bytes, length, out, [](std::u16string& text, uint8_t lead) {
+        if (lead != 0xA9) return false;
+        text.push_back(u'\uFFFD');
+        return true;
+    });
 }
 
 void appendUTF8(std::string& out, const UniChar* units, size_t length) {
