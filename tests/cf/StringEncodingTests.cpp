@@ -61,6 +61,12 @@ TEST(StringFromUTF8, AsciiIsStoredAsBytesAndDecodesExactly) {
     auto mixed = decode("Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC \xF0\x9F\x98\x80", kCFStringEncodingUTF8);
     EXPECT_EQ(units(mixed), u"Grüße € \U0001F600");
     EXPECT_EQ(CFStringGetLength(mixed), 10);
+    // Both ends of each sequence length.
+    EXPECT_EQ(units(decode("\xC2\x80\xDF\xBF\xE0\xA0\x80\xE1\x80\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD"
+                           "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
+                           kCFStringEncodingUTF8)),
+              u"\u0080\u07FF\u0800\u1000\uD7FF\uE000\uFFFD\U00010000\U0010FFFF");
+    EXPECT_EQ(units(decode("東京、晴れ。", kCFStringEncodingUTF8)), u"東京、晴れ。");
     // Noncharacters are characters like any other.
     EXPECT_EQ(units(decode("\xEF\xBF\xBE\xEF\xBF\xBF", kCFStringEncodingUTF8)), u"\uFFFE\uFFFF");
     EXPECT_EQ(decode("", kCFStringEncodingUTF8).get(), CFSTR(""));
@@ -93,6 +99,9 @@ TEST(StringFromUTF8, MalformedSequencesFail) {
         "\xFC\x84\x80\x80\x80\x80",
         "\xFF",
         "\xC3\x41",  // lead byte followed by ASCII
+        "\xE4\xB8",  // CJK character cut short
+        "\xE4\xB8\x41",
+        "\xE4\x41\xAD",
     };
     for (const char* bytes : invalid) {
         EXPECT_EQ(decode(bytes, kCFStringEncodingUTF8).get(), nullptr) << bytes;

@@ -146,12 +146,19 @@ CFStringRef copyStringDebugDescription(CFTypeRef cf) {
         .create();
 }
 
-// Decodes UTF-8 one sequence at a time; calls onError for each byte that
-// does not start a well-formed sequence and lets it decide whether to go
-// on.
+// Decodes UTF-8 one sequence at a time; for each byte that does not start
+// a well-formed sequence, onError(byte) returns the unit that stands for
+// it, or a negative value to give up.
+//
+// Every byte yields at most one unit, so the output is sized for the
+// worst case once and written through a pointer: no per-unit capacity
+// checks, no per-unit access to a (possibly thread-local) string.
 template <typename OnError>
 bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, OnError onError) {
-    out.reserve(out.size() + length);
+    size_t start = out.size();
+    out.resize(start + length);
+    char16_t* const first = out.data() + start;
+    char16_t* dst = first;
     size_t i = 0;
     while (i < length) {
         // Runs of ASCII, eight bytes at a time.
@@ -159,14 +166,28 @@ bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, On
             uint64_t word;
             std::memcpy(&word, bytes + i, 8);
             if (word & 0x8080808080808080ull) break;
-            for (int k = 0; k < 8; ++k) out.push_back(char16_t(bytes[i + k]));
+            for (int k = 0; k < 8; ++k) dst[k] = char16_t(bytes[i + k]);
+            dst += 8;
             i += 8;
         }
         if (i >= length) break;
         uint8_t lead = bytes[i];
         if (lead < 0x80) {
-            out.push_back(char16_t(lead));
+            *dst++ = char16_t(lead);
             ++i;
+            continue;
+        }
+        // The common well-formed two- and three-byte forms (Latin, Greek,
+        // Cyrillic, CJK...) without the general checks below.
+        if (lead >= 0xC2 && lead <= 0xDF && i + 1 < length && (bytes[i + 1] & 0xC0) == 0x80) {
+            *dst++ = char16_t((lead & 0x1F) << 6 | (bytes[i + 1] & 0x3F));
+            i += 2;
+            continue;
+        }
+        if (lead >= 0xE1 && lead <= 0xEF && lead != 0xED && i + 2 < length && (bytes[i + 1] & 0xC0) == 0x80 &&
+            (bytes[i + 2] & 0xC0) == 0x80) {
+            *dst++ = char16_t((lead & 0x0F) << 12 | (bytes[i + 1] & 0x3F) << 6 | (bytes[i + 2] & 0x3F));
+            i += 3;
             continue;
         }
         size_t need = 0;
@@ -199,19 +220,25 @@ bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, On
             }
         }
         if (!valid) {
-            if (!onError(out, lead)) return false;
+            int replacement = onError(lead);
+            if (replacement < 0) {
+                out.resize(start);
+                return false;
+            }
+            *dst++ = char16_t(replacement);
             ++i;
             continue;
         }
         if (value >= 0x10000) {
             value -= 0x10000;
-            out.push_back(char16_t(0xD800 + (value >> 10)));
-            out.push_back(char16_t(0xDC00 + (value & 0x3FF)));
+            *dst++ = char16_t(0xD800 + (value >> 10));
+            *dst++ = char16_t(0xDC00 + (value & 0x3FF));
         } else {
-            out.push_back(char16_t(value));
+            *dst++ = char16_t(value);
         }
         i += need + 1;
     }
+    out.resize(start + size_t(dst - first));
     return true;
 }
 
@@ -297,15 +324,11 @@ CFStringRef createStringReferencingUnits(CFAllocatorRef allocator, const UniChar
 }
 
 bool decodeUTF8(const uint8_t* bytes, size_t length, std::u16string& out) {
-    return decodeUTF8With(bytes, length, out, [](std::u16string&, uint8_t) { return false; });
+    return decodeUTF8With(bytes, length, out, [](uint8_t) { return -1; });
 }
 
 bool decodeUTF8AllowingStrayA9(const uint8_t* bytes, size_t length, std::u16string& out) {
-    return decodeUTF8With(bytes, length, out, [](std::u16string& text, uint8_t lead) {
-        if (lead != 0xA9) return false;
-        text.push_back(u'\uFFFD');
-        return true;
-    });
+    return decodeUTF8With(bytes, length, out, [](uint8_t lead) { return lead == 0xA9 ? 0xFFFD : -1; });
 }
 
 void appendUTF8(std::string& out, const UniChar* units, size_t length) {
@@ -408,10 +431,7 @@ TextBuilder& TextBuilder::ascii(std::string_view text) {
 }
 
 TextBuilder& TextBuilder::utf8(std::string_view text) {
-    decodeUTF8With(reinterpret_cast<const uint8_t*>(text.data()), text.size(), text_, [](std::u16string& out, uint8_t) {
-        out.push_back(u'\uFFFD');
-        return true;
-    });
+    decodeUTF8With(reinterpret_cast<const uint8_t*>(text.data()), text.size(), text_, [](uint8_t) { return 0xFFFD; });
     return *this;
 }
 
