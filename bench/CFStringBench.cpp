@@ -62,9 +62,8 @@ void getBytesUTF8(benchmark::State& state, const char* sample) {
 // Two equal strings but for the case of their last letter.
 void compare(benchmark::State& state, const char* sample, CFStringCompareFlags options) {
     std::string text = utf8Text(sample, size_t(state.range(0)));
-    std::string other = text;
-    other.back() = 'X';
-    text.back() = 'x';
+    std::string other = text + 'X';
+    text += 'x';
     CFStringRef a = CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8);
     CFStringRef b = CFStringCreateWithCString(nullptr, other.c_str(), kCFStringEncodingUTF8);
     for (auto _ : state) benchmark::DoNotOptimize(CFStringCompare(a, b, options));

@@ -13,6 +13,10 @@
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+
 using namespace halvane::detail;
 
 namespace {
@@ -39,13 +43,36 @@ struct Scan {
     CFComparisonResult digitRunOrder = kCFCompareEqualTo;
 };
 
+// Length of the common prefix of identical units, eight bytes at a time
+// where both sides have the same storage.
+template <typename A, typename B>
+CFIndex commonPrefix(const A* a, const B* b, CFIndex length) {
+    CFIndex i = 0;
+    if constexpr (std::is_same_v<A, B>) {
+        constexpr CFIndex kStep = CFIndex(8 / sizeof(A));
+        for (; i + kStep <= length; i += kStep) {
+            uint64_t x, y;
+            std::memcpy(&x, a + i, 8);
+            std::memcpy(&y, b + i, 8);
+            if (x != y) break;
+        }
+    }
+    while (i < length && UniChar(a[i]) == UniChar(b[i])) ++i;
+    return i;
+}
+
 // Code-unit order; with foldASCII, ASCII letters compare lowercased (so "_"
 // sorts before letters); with numeric, runs of ASCII digits compare by
 // value, as unsigned 64-bit numbers that wrap on overflow.
-template <typename A, typename B>
-Scan scan(const A* a, CFIndex aLength, const B* b, CFIndex bLength, bool foldASCII, bool numeric) {
+template <bool foldASCII, bool numeric, typename A, typename B>
+Scan scan(const A* a, CFIndex aLength, const B* b, CFIndex bLength) {
     Scan outcome;
     CFIndex i = 0, j = 0;
+    if constexpr (!numeric) {
+        // Identical units are equal under every option here; a digit run
+        // must be read whole, so numeric comparison cannot skip them.
+        i = j = commonPrefix(a, b, std::min(aLength, bLength));
+    }
     while (i < aLength && j < bLength) {
         uint32_t ca = a[i], cb = b[j];
         if (numeric && isDigit(ca) && isDigit(cb)) {
@@ -61,7 +88,7 @@ Scan scan(const A* a, CFIndex aLength, const B* b, CFIndex bLength, bool foldASC
             continue;
         }
         if (ca != cb) {
-            if (foldASCII) {
+            if constexpr (foldASCII) {
                 if (ca >= 0x80 || cb >= 0x80) {
                     // Folding maps whole characters: restart at the high
                     // surrogate both sides share.
@@ -87,6 +114,14 @@ Scan scan(const A* a, CFIndex aLength, const B* b, CFIndex bLength, bool foldASC
     }
     outcome.result = resultOf(long(aLength - i) - long(bLength - j));
     return outcome;
+}
+
+template <typename A, typename B>
+Scan scan(const A* a, CFIndex aLength, const B* b, CFIndex bLength, bool foldASCII, bool numeric) {
+    if (foldASCII) {
+        return numeric ? scan<true, true>(a, aLength, b, bLength) : scan<true, false>(a, aLength, b, bLength);
+    }
+    return numeric ? scan<false, true>(a, aLength, b, bLength) : scan<false, false>(a, aLength, b, bLength);
 }
 
 // The units of a range, in a buffer of their own.
