@@ -46,8 +46,8 @@ void createWithBytes(benchmark::State& state, const char* sample) {
 
 void getBytesUTF8(benchmark::State& state, const char* sample) {
     std::string text = utf8Text(sample, size_t(state.range(0)));
-    CFStringRef s = CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(text.data()),
-                                            CFIndex(text.size()), kCFStringEncodingUTF8, false);
+    CFStringRef s = CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(text.data()), CFIndex(text.size()),
+                                            kCFStringEncodingUTF8, false);
     std::string buffer(text.size(), '\0');
     for (auto _ : state) {
         CFIndex used = 0;

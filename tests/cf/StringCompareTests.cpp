@@ -33,7 +33,9 @@ Owned<CFStringRef> unitStored(std::u16string_view text) {
 }
 
 // Sets LC_ALL for one test; each test runs in a process of its own.
-void useLocale(const char* identifier) { setenv("LC_ALL", identifier, 1); }
+void useLocale(const char* identifier) {
+    setenv("LC_ALL", identifier, 1);
+}
 
 }  // namespace
 
@@ -161,8 +163,8 @@ TEST(StringCompareOptions, RangeOfTheFirstStringAgainstAllOfTheSecond) {
     EXPECT_EQ(CFStringCompareWithOptions(s, CFSTR("Abcy"), CFRangeMake(2, 3), 0), kLess);
     EXPECT_EQ(CFStringCompareWithOptions(s, CFSTR(""), CFRangeMake(7, 0), 0), kEqual);
     auto wide = string(u"«É»");
-    EXPECT_EQ(CFStringCompareWithOptions(wide, CFSTR("e"), CFRangeMake(1, 1), kCFCompareDiacriticInsensitive |
-                                                                                kCFCompareCaseInsensitive),
+    EXPECT_EQ(CFStringCompareWithOptions(wide, CFSTR("e"), CFRangeMake(1, 1),
+                                         kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive),
               kEqual);
     // Out of range: reported, neutral result.
     EXPECT_EQ(CFStringCompareWithOptions(s, CFSTR("yy"), CFRangeMake(5, 3), 0), kEqual);

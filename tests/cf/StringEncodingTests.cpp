@@ -58,7 +58,10 @@ TEST(StringFromUTF8, AsciiIsStoredAsBytesAndDecodesExactly) {
     ASSERT_NE(CFStringGetCStringPtr(ascii, kCFStringEncodingUTF8), nullptr);
     EXPECT_STREQ(CFStringGetCStringPtr(ascii, kCFStringEncodingUTF8), "plain text");
 
-    auto mixed = decode("Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC \xF0\x9F\x98\x80", kCFStringEncodingUTF8);
+    auto mixed = decode(
+        "Gr\xC3\xBC\xC3\x9F"
+        "e \xE2\x82\xAC \xF0\x9F\x98\x80",
+        kCFStringEncodingUTF8);
     EXPECT_EQ(units(mixed), u"Grüße € \U0001F600");
     EXPECT_EQ(CFStringGetLength(mixed), 10);
     // Both ends of each sequence length.
@@ -74,8 +77,15 @@ TEST(StringFromUTF8, AsciiIsStoredAsBytesAndDecodesExactly) {
 
 TEST(StringFromUTF8, LeadingByteOrderMarkIsAlwaysRemoved) {
     for (bool external : {false, true}) {
-        EXPECT_EQ(units(decode("\xEF\xBB\xBF" "abc", kCFStringEncodingUTF8, external)), u"abc");
-        EXPECT_EQ(units(decode("\xEF\xBB\xBF" "\xEF\xBB\xBF" "a", kCFStringEncodingUTF8, external)), u"\uFEFFa");
+        EXPECT_EQ(units(decode("\xEF\xBB\xBF"
+                               "abc",
+                               kCFStringEncodingUTF8, external)),
+                  u"abc");
+        EXPECT_EQ(units(decode("\xEF\xBB\xBF"
+                               "\xEF\xBB\xBF"
+                               "a",
+                               kCFStringEncodingUTF8, external)),
+                  u"\uFEFFa");
         EXPECT_EQ(units(decode("a\xEF\xBB\xBF", kCFStringEncodingUTF8, external)), u"a\uFEFF");
     }
     EXPECT_EQ(decode("\xEF\xBB\xBF", kCFStringEncodingUTF8).get(), CFSTR(""));
@@ -83,10 +93,11 @@ TEST(StringFromUTF8, LeadingByteOrderMarkIsAlwaysRemoved) {
 
 TEST(StringFromUTF8, MalformedSequencesFail) {
     const char* invalid[] = {
-        "\xC3",              // truncated two-byte sequence
-        "ab\xE2\x82",        // truncated three-byte sequence
-        "\x80",              // continuation without a lead byte
-        "a\xBF" "b",         // another stray continuation byte
+        "\xC3",        // truncated two-byte sequence
+        "ab\xE2\x82",  // truncated three-byte sequence
+        "\x80",        // continuation without a lead byte
+        "a\xBF"
+        "b",                 // another stray continuation byte
         "\xC0\xAF",          // overlong
         "\xC1\xBF",          // overlong
         "\xE0\x80\xAF",      // overlong three-byte form
@@ -109,7 +120,10 @@ TEST(StringFromUTF8, MalformedSequencesFail) {
 }
 
 TEST(StringFromUTF8, StrayA9ReadsAsReplacementCharacter) {
-    EXPECT_EQ(units(decode("a\xA9" "b", kCFStringEncodingUTF8)), u"a\uFFFDb");
+    EXPECT_EQ(units(decode("a\xA9"
+                           "b",
+                           kCFStringEncodingUTF8)),
+              u"a\uFFFDb");
     EXPECT_EQ(units(decode("\xA9\xA9", kCFStringEncodingUTF8)), u"\uFFFD\uFFFD");
     EXPECT_EQ(units(decode("\xC3\xA9\xA9", kCFStringEncodingUTF8)), u"é\uFFFD");
     // Only in lead position: as a broken continuation it still fails.
@@ -122,13 +136,12 @@ TEST(StringFromUTF8, StrayA9ReadsAsReplacementCharacter) {
 TEST(StringFromUTF16, InternalRepresentationIsHostOrderVerbatim) {
     std::u16string text = u"\uFEFFa\U0001F600";
     std::string bytes(reinterpret_cast<const char*>(text.data()), text.size() * 2);
-    EXPECT_EQ(units(decode(bytes, kCFStringEncodingUTF16)), text);  // the mark stays
+    EXPECT_EQ(units(decode(bytes, kCFStringEncodingUTF16)), text);           // the mark stays
     EXPECT_EQ(units(decode(bytes + "\x41", kCFStringEncodingUTF16)), text);  // odd byte ignored
     EXPECT_EQ(decode("\x41", kCFStringEncodingUTF16).get(), CFSTR(""));
     // Unpaired surrogates are taken as they are.
     std::u16string lone = {0xDC00, u'x', 0xD800};
-    EXPECT_EQ(units(decode(std::string(reinterpret_cast<const char*>(lone.data()), 6), kCFStringEncodingUTF16)),
-              lone);
+    EXPECT_EQ(units(decode(std::string(reinterpret_cast<const char*>(lone.data()), 6), kCFStringEncodingUTF16)), lone);
 }
 
 TEST(StringFromUTF16, ExternalRepresentationFollowsTheByteOrderMark) {
@@ -173,8 +186,7 @@ TEST(StringFromUTF32, ByteOrderMarkOrBigEndian) {
 }
 
 TEST(StringFromEightBit, MacRoman) {
-    EXPECT_EQ(units(decode("\x80\x8E\xA7\xDB\xF0\xFF\xCA", kCFStringEncodingMacRoman)),
-              u"Äéß€\uF8FF\u02C7\u00A0");
+    EXPECT_EQ(units(decode("\x80\x8E\xA7\xDB\xF0\xFF\xCA", kCFStringEncodingMacRoman)), u"Äéß€\uF8FF\u02C7\u00A0");
     // Every byte decodes, and every character encodes back to its byte.
     std::string all;
     for (int b = 0; b < 256; ++b) all.push_back(char(b));
@@ -212,8 +224,7 @@ TEST(StringFromEightBit, ISOLatin1AndASCII) {
 }
 
 TEST(StringFromEightBit, NextStepLatin) {
-    EXPECT_EQ(units(decode("\x80\x85\xA4\xB1\xD5\xE1\xFB\xFE", kCFStringEncodingNextStepLatin)),
-              u"\u00A0Ä⁄–àÆß\uFFFD");
+    EXPECT_EQ(units(decode("\x80\x85\xA4\xB1\xD5\xE1\xFB\xFE", kCFStringEncodingNextStepLatin)), u"\u00A0Ä⁄–àÆß\uFFFD");
     EXPECT_EQ(encode(string(u"Äàß–ﬁ"), kCFStringEncodingNextStepLatin).bytes, "\x85\xD5\xFB\xB1\xAE");
     // The upper half round-trips except the two bytes that read as ASCII
     // characters and the two bytes without a character.
@@ -235,8 +246,7 @@ TEST(StringFromNonLossyASCII, EscapesBothWays) {
 
     auto s = string(u"a\\é€\U0001F600");
     EXPECT_EQ(encode(s, kCFStringEncodingNonLossyASCII).bytes, "a\\\\\\351\\u20ac\\ud83d\\ude00");
-    EXPECT_EQ(units(decode(encode(s, kCFStringEncodingNonLossyASCII).bytes, kCFStringEncodingNonLossyASCII)),
-              units(s));
+    EXPECT_EQ(units(decode(encode(s, kCFStringEncodingNonLossyASCII).bytes, kCFStringEncodingNonLossyASCII)), units(s));
     // An escape is never cut in half.
     Encoded cut = encode(s, kCFStringEncodingNonLossyASCII, 0, false, 6);
     EXPECT_EQ(cut.converted, 2);
@@ -266,8 +276,12 @@ TEST(StringGetBytes, LossBytesAndStops) {
     Encoded lossy = encode(s, kCFStringEncodingISOLatin1, '?');
     EXPECT_EQ(lossy.converted, 3);
     EXPECT_EQ(lossy.bytes, "a?b");
-    EXPECT_EQ(encode(s, kCFStringEncodingMacRoman).bytes, "a\xDB" "b");
-    EXPECT_EQ(encode(s, kCFStringEncodingWindowsLatin1).bytes, "a\x80" "b");
+    EXPECT_EQ(encode(s, kCFStringEncodingMacRoman).bytes,
+              "a\xDB"
+              "b");
+    EXPECT_EQ(encode(s, kCFStringEncodingWindowsLatin1).bytes,
+              "a\x80"
+              "b");
 
     // A supplementary character is two units, so two loss bytes.
     auto emoji = string(u"x\U0001F600y");
@@ -399,8 +413,8 @@ TEST(StringGetBytes, Misuse) {
     EXPECT_EQ(used, 0);
     auto s = string(u"abc");
     used = 99;
-    EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(2, 2), kCFStringEncodingUTF8, 0, false,
-                               reinterpret_cast<UInt8*>(buffer), 4, &used),
+    EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(2, 2), kCFStringEncodingUTF8, 0, false, reinterpret_cast<UInt8*>(buffer),
+                               4, &used),
               0);
     EXPECT_EQ(used, 0);
     EXPECT_EQ(CFStringGetBytes(s, CFRangeMake(-1, 1), kCFStringEncodingUTF8, 0, false, nullptr, 0, nullptr), 0);
@@ -412,9 +426,13 @@ TEST(StringCString, GetCString) {
     auto s = string(u"Grüße");
     char buffer[16];
     ASSERT_TRUE(CFStringGetCString(s, buffer, 16, kCFStringEncodingUTF8));
-    EXPECT_STREQ(buffer, "Gr\xC3\xBC\xC3\x9F" "e");
+    EXPECT_STREQ(buffer,
+                 "Gr\xC3\xBC\xC3\x9F"
+                 "e");
     ASSERT_TRUE(CFStringGetCString(s, buffer, 6, kCFStringEncodingISOLatin1));
-    EXPECT_STREQ(buffer, "Gr\xFC\xDF" "e");
+    EXPECT_STREQ(buffer,
+                 "Gr\xFC\xDF"
+                 "e");
     // One byte short of the terminating NUL: refused, buffer left empty.
     EXPECT_FALSE(CFStringGetCString(s, buffer, 5, kCFStringEncodingISOLatin1));
     EXPECT_STREQ(buffer, "");
@@ -428,9 +446,9 @@ TEST(StringCString, GetCString) {
 
 TEST(StringCString, GetCStringPtrOnlyForStoredAsciiText) {
     CFStringRef literal = CFSTR("constant");
-    for (CFStringEncoding encoding : {kCFStringEncodingASCII, kCFStringEncodingUTF8, kCFStringEncodingMacRoman,
-                                      kCFStringEncodingISOLatin1, kCFStringEncodingWindowsLatin1,
-                                      kCFStringEncodingNextStepLatin}) {
+    for (CFStringEncoding encoding :
+         {kCFStringEncodingASCII, kCFStringEncodingUTF8, kCFStringEncodingMacRoman, kCFStringEncodingISOLatin1,
+          kCFStringEncodingWindowsLatin1, kCFStringEncodingNextStepLatin}) {
         const char* p = CFStringGetCStringPtr(literal, encoding);
         ASSERT_NE(p, nullptr) << encoding;
         EXPECT_STREQ(p, "constant");
@@ -479,7 +497,8 @@ TEST(StringNoCopy, AsciiCStringIsReferencedAndFreedWithTheString) {
     // kCFAllocatorNull: the caller's buffer, never freed.
     char stack[] = "stack";
     {
-        auto referenced = own(CFStringCreateWithCStringNoCopy(nullptr, stack, kCFStringEncodingASCII, kCFAllocatorNull));
+        auto referenced =
+            own(CFStringCreateWithCStringNoCopy(nullptr, stack, kCFStringEncodingASCII, kCFAllocatorNull));
         EXPECT_EQ(CFStringGetCStringPtr(referenced, kCFStringEncodingASCII), stack);
     }
     EXPECT_STREQ(stack, "stack");
@@ -549,8 +568,7 @@ TEST(StringNoCopy, BytesNoCopy) {
     EXPECT_EQ(CFStringCreateWithBytesNoCopy(nullptr, empty, 0, kCFStringEncodingUTF8, false, kCFAllocatorMalloc),
               CFSTR(""));
     UInt8 stack[] = {'o', 'k'};
-    EXPECT_EQ(CFStringCreateWithBytesNoCopy(kCFAllocatorNull, stack, 2, kCFStringEncodingUTF8, false,
-                                            kCFAllocatorNull),
+    EXPECT_EQ(CFStringCreateWithBytesNoCopy(kCFAllocatorNull, stack, 2, kCFStringEncodingUTF8, false, kCFAllocatorNull),
               nullptr);
 }
 

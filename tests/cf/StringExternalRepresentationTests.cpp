@@ -25,7 +25,9 @@ TEST(StringExternalRepresentation, BytesWithByteOrderMarksWhereTheyBelong) {
     auto utf16 = own(CFStringCreateExternalRepresentation(nullptr, ab, kCFStringEncodingUTF16, 0));
     ASSERT_TRUE(utf16);
     EXPECT_EQ(CFGetRetainCount(utf16), 1);
-    EXPECT_EQ(bytesOf(utf16), std::string("\xFF\xFE" "a\0b\0", 6));
+    EXPECT_EQ(bytesOf(utf16), std::string("\xFF\xFE"
+                                          "a\0b\0",
+                                          6));
     auto utf32 = own(CFStringCreateExternalRepresentation(nullptr, ab, kCFStringEncodingUTF32, 0));
     EXPECT_EQ(bytesOf(utf32), std::string("\xFF\xFE\0\0a\0\0\0b\0\0\0", 12));
     auto utf16be = own(CFStringCreateExternalRepresentation(nullptr, ab, kCFStringEncodingUTF16BE, 0));
@@ -46,7 +48,8 @@ TEST(StringExternalRepresentation, NullUnlessEverythingOrSomethingWithALossByteC
     EXPECT_EQ(CFStringCreateExternalRepresentation(nullptr, euro, kCFStringEncodingISOLatin1, 0), nullptr);
     auto lossy = own(CFStringCreateExternalRepresentation(nullptr, euro, kCFStringEncodingISOLatin1, '?'));
     EXPECT_EQ(bytesOf(lossy), "a?");
-    auto twoLoss = own(CFStringCreateExternalRepresentation(nullptr, string(u"\U0001F600"), kCFStringEncodingASCII, '?'));
+    auto twoLoss =
+        own(CFStringCreateExternalRepresentation(nullptr, string(u"\U0001F600"), kCFStringEncodingASCII, '?'));
     EXPECT_EQ(bytesOf(twoLoss), "??");
 
     // UTF-8 stops at a lone surrogate: a partial result with a loss byte.
@@ -62,28 +65,31 @@ TEST(StringExternalRepresentation, NullUnlessEverythingOrSomethingWithALossByteC
 }
 
 TEST(StringExternalRepresentation, FromExternalRepresentation) {
-    EXPECT_EQ(units(own(CFStringCreateFromExternalRepresentation(nullptr, data(std::string("\xFF\xFE" "A\0", 4)),
-                                                                   kCFStringEncodingUTF16))),
+    EXPECT_EQ(units(own(CFStringCreateFromExternalRepresentation(nullptr,
+                                                                 data(std::string("\xFF\xFE"
+                                                                                  "A\0",
+                                                                                  4)),
+                                                                 kCFStringEncodingUTF16))),
               u"A");
     // No mark: big-endian.
     EXPECT_EQ(units(own(CFStringCreateFromExternalRepresentation(nullptr, data(std::string("\0A\x20\xAC", 4)),
-                                                                   kCFStringEncodingUTF16))),
+                                                                 kCFStringEncodingUTF16))),
               u"A€");
-    EXPECT_EQ(units(own(CFStringCreateFromExternalRepresentation(nullptr, data("\xEF\xBB\xBFok"),
-                                                                   kCFStringEncodingUTF8))),
-              u"ok");
+    EXPECT_EQ(
+        units(own(CFStringCreateFromExternalRepresentation(nullptr, data("\xEF\xBB\xBFok"), kCFStringEncodingUTF8))),
+        u"ok");
     EXPECT_EQ(CFStringCreateFromExternalRepresentation(nullptr, data("\xC3"), kCFStringEncodingUTF8), nullptr);
     EXPECT_EQ(CFStringCreateFromExternalRepresentation(nullptr, data(""), kCFStringEncodingUTF8), CFSTR(""));
     EXPECT_EQ(CFStringCreateFromExternalRepresentation(nullptr, nullptr, kCFStringEncodingUTF8), nullptr);
-    EXPECT_EQ(CFStringCreateFromExternalRepresentation(
-                  nullptr, reinterpret_cast<CFDataRef>(CFSTR("not data")), kCFStringEncodingUTF8),
+    EXPECT_EQ(CFStringCreateFromExternalRepresentation(nullptr, reinterpret_cast<CFDataRef>(CFSTR("not data")),
+                                                       kCFStringEncodingUTF8),
               nullptr);
 
     // Round trips through every encoding that can hold the text.
     auto text = string(u"Grüße \U0001F600");
-    for (CFStringEncoding encoding : {kCFStringEncodingUTF8, kCFStringEncodingUTF16, kCFStringEncodingUTF16LE,
-                                      kCFStringEncodingUTF32, kCFStringEncodingUTF32BE,
-                                      kCFStringEncodingNonLossyASCII}) {
+    for (CFStringEncoding encoding :
+         {kCFStringEncodingUTF8, kCFStringEncodingUTF16, kCFStringEncodingUTF16LE, kCFStringEncodingUTF32,
+          kCFStringEncodingUTF32BE, kCFStringEncodingNonLossyASCII}) {
         auto bytes = own(CFStringCreateExternalRepresentation(nullptr, text, encoding, 0));
         ASSERT_TRUE(bytes) << encoding;
         auto back = own(CFStringCreateFromExternalRepresentation(nullptr, bytes, encoding));

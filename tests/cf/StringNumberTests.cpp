@@ -11,8 +11,12 @@ using namespace cftest;
 
 namespace {
 
-SInt32 intValue(std::u16string_view text) { return CFStringGetIntValue(string(text)); }
-double doubleValue(std::u16string_view text) { return CFStringGetDoubleValue(string(text)); }
+SInt32 intValue(std::u16string_view text) {
+    return CFStringGetIntValue(string(text));
+}
+double doubleValue(std::u16string_view text) {
+    return CFStringGetDoubleValue(string(text));
+}
 
 }  // namespace
 
@@ -40,7 +44,7 @@ TEST(StringIntValue, SpacesSignAndDigits) {
     EXPECT_EQ(intValue(u""), 0);
     EXPECT_EQ(intValue(u"-"), 0);
     EXPECT_EQ(intValue(u"é12"), 0);
-    EXPECT_EQ(intValue(u"12é"), 12);  // read from UTF-16 storage
+    EXPECT_EQ(intValue(u"12é"), 12);                    // read from UTF-16 storage
     EXPECT_EQ(CFStringGetIntValue(CFSTR(" 64 ")), 64);  // and from byte storage
     EXPECT_EQ(CFStringGetIntValue(nullptr), 0);
 }
@@ -78,8 +82,8 @@ TEST(StringDoubleValue, LongestValidPrefix) {
 }
 
 TEST(StringDoubleValue, NothingParsesGivesZero) {
-    for (std::u16string_view text : {u"inf", u"nan", u"INF", u"infinity", u"- 1", u"", u"  ", u"e5", u"+", u".",
-                                     u"--1", u"abc", u"１"}) {
+    for (std::u16string_view text :
+         {u"inf", u"nan", u"INF", u"infinity", u"- 1", u"", u"  ", u"e5", u"+", u".", u"--1", u"abc", u"１"}) {
         EXPECT_EQ(doubleValue(text), 0.0) << std::string(text.begin(), text.end());
     }
     EXPECT_EQ(doubleValue(u"0x1A"), 0.0);  // only "0" is collected

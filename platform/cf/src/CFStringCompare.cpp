@@ -28,8 +28,12 @@ CFComparisonResult resultOf(long difference) {
     return difference < 0 ? kCFCompareLessThan : difference > 0 ? kCFCompareGreaterThan : kCFCompareEqualTo;
 }
 
-bool isDigit(uint32_t u) { return u >= '0' && u <= '9'; }
-uint32_t lowercasedASCII(uint32_t u) { return u - 'A' < 26 ? u + ('a' - 'A') : u; }
+bool isDigit(uint32_t u) {
+    return u >= '0' && u <= '9';
+}
+uint32_t lowercasedASCII(uint32_t u) {
+    return u - 'A' < 26 ? u + ('a' - 'A') : u;
+}
 
 // Outcome of comparing two unit sequences.
 struct Scan {
@@ -84,7 +88,8 @@ Scan scan(const A* a, CFIndex aLength, const B* b, CFIndex bLength) {
                 outcome.result = va < vb ? kCFCompareLessThan : kCFCompareGreaterThan;
                 return outcome;
             }
-            if (outcome.digitRunOrder == kCFCompareEqualTo) outcome.digitRunOrder = resultOf((i - aStart) - (j - bStart));
+            if (outcome.digitRunOrder == kCFCompareEqualTo)
+                outcome.digitRunOrder = resultOf((i - aStart) - (j - bStart));
             continue;
         }
         if (ca != cb) {
@@ -149,16 +154,17 @@ std::u16string transformed(const std::u16string& text, Transform transform) {
 }
 
 std::u16string caseFolded(const std::u16string& text) {
-    return transformed(text, [](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity, UErrorCode* status) {
-        return u_strFoldCase(dest, capacity, src, srcLength, U_FOLD_CASE_DEFAULT, status);
-    });
+    return transformed(text,
+                       [](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity, UErrorCode* status) {
+                           return u_strFoldCase(dest, capacity, src, srcLength, U_FOLD_CASE_DEFAULT, status);
+                       });
 }
 
 std::u16string normalized(const std::u16string& text, const UNormalizer2* normalizer) {
-    return transformed(text, [normalizer](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity,
-                                          UErrorCode* status) {
-        return unorm2_normalize(normalizer, src, srcLength, dest, capacity, status);
-    });
+    return transformed(
+        text, [normalizer](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity, UErrorCode* status) {
+            return unorm2_normalize(normalizer, src, srcLength, dest, capacity, status);
+        });
 }
 
 const UNormalizer2* nfd() {
@@ -267,9 +273,12 @@ CFComparisonResult collate(const std::u16string& a, const std::u16string& b, CFS
     ucol_setAttribute(collator, UCOL_NORMALIZATION_MODE, (options & kCFCompareNonliteral) ? UCOL_ON : UCOL_OFF,
                       &status);
     switch (ucol_strcoll(collator, a.data(), int32_t(a.size()), b.data(), int32_t(b.size()))) {
-        case UCOL_LESS: return kCFCompareLessThan;
-        case UCOL_GREATER: return kCFCompareGreaterThan;
-        default: return kCFCompareEqualTo;
+        case UCOL_LESS:
+            return kCFCompareLessThan;
+        case UCOL_GREATER:
+            return kCFCompareGreaterThan;
+        default:
+            return kCFCompareEqualTo;
     }
 }
 
@@ -320,9 +329,8 @@ CFComparisonResult compareRange(CFStringRef s1, CFRange range, CFStringRef s2, C
     // order, decides, so that sorting is deterministic.
     if (digitRunOrder != kCFCompareEqualTo) return digitRunOrder;
     return withUnits(s1, [&](auto* a, CFIndex) {
-        return withUnits(s2, [&](auto* b, CFIndex bLength) {
-            return literalOrder(a + range.location, range.length, b, bLength);
-        });
+        return withUnits(
+            s2, [&](auto* b, CFIndex bLength) { return literalOrder(a + range.location, range.length, b, bLength); });
     });
 }
 

@@ -1,13 +1,12 @@
-// CFString and bytes: creation from encoded text (copying and no-copy),
-// conversion to encoded text, C strings and the encoding queries.
-#include "CFStringEncodingTables.h"
+// Encoded bytes from strings: CFStringGetBytes, C strings, and the encoding
+// queries.
+#include "CFStringEncodingInternal.h"
 #include "CFStringInternal.h"
 
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>
 
 #include <algorithm>
-#include <bit>
 #include <climits>
 #include <cstring>
 
@@ -17,300 +16,12 @@ namespace halvane::detail {
 
 namespace {
 
-// How an encoding maps characters to bytes.
-enum class Scheme { kUnsupported, kASCII, kLatin1, kTable, kUTF8, kUTF16, kUTF32, kNonLossyASCII };
-
-// Byte order of the 16- and 32-bit encodings. kExternal: a leading
-// byte-order mark decides, big-endian without one.
-enum class ByteOrder { kHost, kBig, kLittle, kExternal };
-
-struct Encoding {
-    Scheme scheme = Scheme::kUnsupported;
-    const EightBitTable* table = nullptr;  // kTable only
-    ByteOrder order = ByteOrder::kHost;    // kUTF16 and kUTF32 only
-};
-
-constexpr ByteOrder kHostOrder = std::endian::native == std::endian::little ? ByteOrder::kLittle : ByteOrder::kBig;
-
-Encoding encodingOf(CFStringEncoding encoding) {
-    switch (encoding) {
-        case kCFStringEncodingMacRoman: return {Scheme::kTable, &kMacRomanTable};
-        case kCFStringEncodingWindowsLatin1: return {Scheme::kTable, &kWindowsLatin1Table};
-        case kCFStringEncodingNextStepLatin: return {Scheme::kTable, &kNextStepLatinTable};
-        case kCFStringEncodingISOLatin1: return {Scheme::kLatin1};
-        case kCFStringEncodingASCII: return {Scheme::kASCII};
-        case kCFStringEncodingUTF8: return {Scheme::kUTF8};
-        case kCFStringEncodingNonLossyASCII: return {Scheme::kNonLossyASCII};
-        case kCFStringEncodingUTF16: return {Scheme::kUTF16, nullptr, ByteOrder::kHost};
-        case kCFStringEncodingUTF16BE: return {Scheme::kUTF16, nullptr, ByteOrder::kBig};
-        case kCFStringEncodingUTF16LE: return {Scheme::kUTF16, nullptr, ByteOrder::kLittle};
-        case kCFStringEncodingUTF32: return {Scheme::kUTF32, nullptr, ByteOrder::kHost};
-        case kCFStringEncodingUTF32BE: return {Scheme::kUTF32, nullptr, ByteOrder::kBig};
-        case kCFStringEncodingUTF32LE: return {Scheme::kUTF32, nullptr, ByteOrder::kLittle};
-        default: return {};
-    }
-}
-
-// Encodings in which ASCII text is its own bytes, so that ASCII strings
-// convert by copying. NonLossyASCII is not one: it escapes the backslash.
-bool asciiIsIdentity(Scheme scheme) {
-    return scheme == Scheme::kASCII || scheme == Scheme::kLatin1 || scheme == Scheme::kTable || scheme == Scheme::kUTF8;
-}
-
-// Encodings that C strings may use: one NUL byte ends the text.
-bool isASCIISuperset(Scheme scheme) { return asciiIsIdentity(scheme) || scheme == Scheme::kNonLossyASCII; }
-
-bool usesDefaultAllocator(CFAllocatorRef allocator) {
-    return allocator == nullptr || allocator == kCFAllocatorSystemDefault;
-}
-
-bool isHighSurrogate(uint32_t u) { return u >= 0xD800 && u <= 0xDBFF; }
-bool isLowSurrogate(uint32_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
-bool isSurrogate(uint32_t u) { return u >= 0xD800 && u <= 0xDFFF; }
-
-void appendCodePoint(std::u16string& out, uint32_t c) {
-    if (c >= 0x10000) {
-        c -= 0x10000;
-        out.push_back(char16_t(0xD800 + (c >> 10)));
-        out.push_back(char16_t(0xDC00 + (c & 0x3FF)));
-    } else {
-        out.push_back(char16_t(c));
-    }
-}
-
-// The per-thread buffer text is decoded into before a string copies it.
-// It lives on between calls so that decoding does not allocate, and is
-// given back after an unusually long text.
-class ScratchUnits {
-public:
-    ScratchUnits() : units_(buffer()) { units_.clear(); }
-    ~ScratchUnits() {
-        if (units_.capacity() > kKeptCapacity) std::u16string().swap(units_);
-    }
-    ScratchUnits(const ScratchUnits&) = delete;
-    ScratchUnits& operator=(const ScratchUnits&) = delete;
-
-    std::u16string& units() { return units_; }
-
-private:
-    static constexpr size_t kKeptCapacity = 64 * 1024;
-    static std::u16string& buffer() {
-        thread_local std::u16string units;
-        return units;
-    }
-    std::u16string& units_;
-};
-
-// ---------------------------------------------------------------------------
-// Bytes to units
-
-uint16_t read16(const uint8_t* p, ByteOrder order) {
-    return order == ByteOrder::kBig ? uint16_t(p[0] << 8 | p[1]) : uint16_t(p[1] << 8 | p[0]);
-}
-
-uint32_t read32(const uint8_t* p, ByteOrder order) {
-    if (order == ByteOrder::kBig) return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3];
-    return uint32_t(p[3]) << 24 | uint32_t(p[2]) << 16 | uint32_t(p[1]) << 8 | p[0];
-}
-
-bool decodeUTF16(const uint8_t* bytes, size_t length, ByteOrder order, std::u16string& out) {
-    if (order == ByteOrder::kExternal) {
-        if (length == 1) return false;
-        order = ByteOrder::kBig;
-        if (length >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE) {
-            order = ByteOrder::kLittle;
-            bytes += 2;
-            length -= 2;
-        } else if (length >= 2 && bytes[0] == 0xFE && bytes[1] == 0xFF) {
-            bytes += 2;
-            length -= 2;
-        }
-    }
-    if (order == ByteOrder::kHost) order = kHostOrder;
-    size_t count = length / 2;  // an odd trailing byte is ignored
-    size_t start = out.size();
-    out.resize(start + count);
-    if (order == kHostOrder) {
-        std::memcpy(out.data() + start, bytes, count * 2);
-    } else {
-        for (size_t i = 0; i < count; ++i) out[start + i] = char16_t(read16(bytes + 2 * i, order));
-    }
-    return true;
-}
-
-// The plain UTF-32 encoding always reads as an external representation.
-bool decodeUTF32(const uint8_t* bytes, size_t length, ByteOrder order, std::u16string& out) {
-    if (length < 4) return false;
-    if (order == ByteOrder::kHost) {
-        order = ByteOrder::kBig;
-        if (bytes[0] == 0xFF && bytes[1] == 0xFE && bytes[2] == 0 && bytes[3] == 0) {
-            order = ByteOrder::kLittle;
-            bytes += 4;
-            length -= 4;
-        } else if (bytes[0] == 0 && bytes[1] == 0 && bytes[2] == 0xFE && bytes[3] == 0xFF) {
-            bytes += 4;
-            length -= 4;
-        }
-    }
-    out.reserve(out.size() + length / 4);
-    for (size_t i = 0; i + 4 <= length; i += 4) {
-        uint32_t c = read32(bytes + i, order);
-        if (c > 0x10FFFF) return false;
-        appendCodePoint(out, c);
-    }
-    return true;
-}
-
-bool decodeEightBit(const uint8_t* bytes, size_t length, const Encoding& encoding, std::u16string& out) {
-    size_t start = out.size();
-    out.resize(start + length);
-    char16_t* units = out.data() + start;
-    for (size_t i = 0; i < length; ++i) {
-        uint8_t b = bytes[i];
-        if (b < 0x80 || encoding.scheme != Scheme::kTable) {
-            units[i] = b;  // ASCII reads bytes from 0x80 up as ISO Latin 1
-            continue;
-        }
-        UniChar c = encoding.table->upperHalf[b - 0x80];
-        if (c == 0) return false;
-        units[i] = c;
-    }
-    return true;
-}
-
-int hexValue(uint8_t b) {
-    if (b >= '0' && b <= '9') return b - '0';
-    if (b >= 'a' && b <= 'f') return b - 'a' + 10;
-    if (b >= 'A' && b <= 'F') return b - 'A' + 10;
-    return -1;
-}
-
-bool isOctal(uint8_t b) { return b >= '0' && b <= '7'; }
-
-// ASCII with escapes: "\\" is a backslash, "\uXXXX" a UTF-16 unit, "\ooo"
-// (at most 0377) the character of that value. A backslash that starts no
-// escape stands for itself. Bytes from 0x80 up are not NonLossyASCII.
-bool decodeNonLossyASCII(const uint8_t* bytes, size_t length, std::u16string& out) {
-    out.reserve(out.size() + length);
-    size_t i = 0;
-    while (i < length) {
-        uint8_t b = bytes[i];
-        if (b >= 0x80) return false;
-        if (b != '\\') {
-            out.push_back(b);
-            ++i;
-            continue;
-        }
-        if (i + 1 < length && bytes[i + 1] == '\\') {
-            out.push_back(u'\\');
-            i += 2;
-            continue;
-        }
-        if (i + 6 <= length && bytes[i + 1] == 'u') {
-            int d0 = hexValue(bytes[i + 2]), d1 = hexValue(bytes[i + 3]);
-            int d2 = hexValue(bytes[i + 4]), d3 = hexValue(bytes[i + 5]);
-            if ((d0 | d1 | d2 | d3) >= 0) {
-                out.push_back(char16_t(d0 << 12 | d1 << 8 | d2 << 4 | d3));
-                i += 6;
-                continue;
-            }
-        }
-        if (i + 4 <= length && bytes[i + 1] >= '0' && bytes[i + 1] <= '3' && isOctal(bytes[i + 2]) &&
-            isOctal(bytes[i + 3])) {
-            out.push_back(char16_t((bytes[i + 1] - '0') << 6 | (bytes[i + 2] - '0') << 3 | (bytes[i + 3] - '0')));
-            i += 4;
-            continue;
-        }
-        out.push_back(u'\\');
-        ++i;
-    }
-    return true;
-}
-
-bool hasUTF8ByteOrderMark(const uint8_t* bytes, size_t length) {
-    return length >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF;
-}
-
-// Appends the characters of bytes to out; false when the bytes are not
-// valid text in the encoding.
-bool decodeBytes(const uint8_t* bytes, size_t length, const Encoding& encoding, bool isExternalRepresentation,
-                 std::u16string& out) {
-    switch (encoding.scheme) {
-        case Scheme::kASCII:
-        case Scheme::kLatin1:
-        case Scheme::kTable: return decodeEightBit(bytes, length, encoding, out);
-        case Scheme::kUTF8:
-            if (hasUTF8ByteOrderMark(bytes, length)) {
-                bytes += 3;
-                length -= 3;
-            }
-            return decodeUTF8AllowingStrayA9(bytes, length, out);
-        case Scheme::kUTF16:
-            return decodeUTF16(bytes, length,
-                               encoding.order == ByteOrder::kHost && isExternalRepresentation ? ByteOrder::kExternal
-                                                                                               : encoding.order,
-                               out);
-        case Scheme::kUTF32: return decodeUTF32(bytes, length, encoding.order, out);
-        case Scheme::kNonLossyASCII: return decodeNonLossyASCII(bytes, length, out);
-        case Scheme::kUnsupported: return false;
-    }
-    return false;
-}
-
-// True when the bytes, taken as they are, are the ASCII text they encode.
-bool isPlainASCII(const uint8_t* bytes, CFIndex length, Scheme scheme) {
-    if (!isASCIISuperset(scheme)) return false;
-    if (length == 0) return true;
-    if (!allASCII(bytes, length)) return false;
-    return scheme != Scheme::kNonLossyASCII || std::memchr(bytes, '\\', size_t(length)) == nullptr;
-}
-
-CFStringRef createFromBytes(CFAllocatorRef alloc, const uint8_t* bytes, CFIndex numBytes, const Encoding& encoding,
-                            bool isExternalRepresentation) {
-    if (numBytes == 0) return createStringFromASCII(alloc, nullptr, 0);
-    if (encoding.scheme == Scheme::kUTF8) {
-        auto length = size_t(numBytes);
-        if (hasUTF8ByteOrderMark(bytes, length)) {
-            bytes += 3;
-            numBytes -= 3;
-        }
-        // Valid text, ASCII or not, needs one pass; only invalid text that
-        // may owe its failure to a stray 0xA9 takes the second, lenient one.
-        CFStringRef s = createStringFromUTF8(alloc, bytes, numBytes);
-        if (s != nullptr || std::memchr(bytes, 0xA9, size_t(numBytes)) == nullptr) return s;
-        ScratchUnits scratch;
-        if (!decodeUTF8AllowingStrayA9(bytes, size_t(numBytes), scratch.units())) return nullptr;
-        return createStringFromUnits(alloc, scratch.units().data(), CFIndex(scratch.units().size()));
-    }
-    if (isPlainASCII(bytes, numBytes, encoding.scheme)) {
-        return createStringFromASCII(alloc, reinterpret_cast<const char*>(bytes), numBytes);
-    }
-    ScratchUnits scratch;
-    if (!decodeBytes(bytes, size_t(numBytes), encoding, isExternalRepresentation, scratch.units())) return nullptr;
-    return createStringFromUnits(alloc, scratch.units().data(), CFIndex(scratch.units().size()));
-}
-
-bool validBytesArgument(const UInt8* bytes, CFIndex numBytes, const char* caller) {
-    if (numBytes < 0 || (bytes == nullptr && numBytes > 0)) {
-        reportMisuse("CFString: %s(): invalid byte buffer (%p, %ld bytes)", caller, static_cast<const void*>(bytes),
-                     numBytes);
-        return false;
-    }
-    return true;
-}
-
-void releaseBuffer(CFAllocatorRef deallocator, const void* buffer) {
-    if (buffer != nullptr && deallocator != kCFAllocatorNull) CFAllocatorDeallocate(deallocator, const_cast<void*>(buffer));
-}
-
-// ---------------------------------------------------------------------------
-// Units to bytes
-
 // Where converted bytes go: a buffer of fixed capacity, or nowhere when
 // only the size is wanted.
 class ByteSink {
 public:
-    ByteSink(uint8_t* buffer, CFIndex capacity) : buffer_(buffer), capacity_(buffer ? std::max<CFIndex>(capacity, 0) : 0) {}
+    ByteSink(uint8_t* buffer, CFIndex capacity)
+        : buffer_(buffer), capacity_(buffer ? std::max<CFIndex>(capacity, 0) : 0) {}
 
     bool fits(CFIndex count) const { return buffer_ == nullptr || count <= capacity_ - used_; }
     void put(uint8_t byte) {
@@ -321,8 +32,8 @@ public:
         if (buffer_ != nullptr) std::memcpy(buffer_ + used_, bytes, size_t(count));
         used_ += count;
     }
-    void put16(uint16_t unit, ByteOrder order) {
-        if (order == ByteOrder::kBig) {
+    void put16(uint16_t unit, UnitByteOrder order) {
+        if (order == UnitByteOrder::kBig) {
             put(uint8_t(unit >> 8));
             put(uint8_t(unit));
         } else {
@@ -330,8 +41,8 @@ public:
             put(uint8_t(unit >> 8));
         }
     }
-    void put32(uint32_t value, ByteOrder order) {
-        if (order == ByteOrder::kBig) {
+    void put32(uint32_t value, UnitByteOrder order) {
+        if (order == UnitByteOrder::kBig) {
             put16(uint16_t(value >> 16), order);
             put16(uint16_t(value), order);
         } else {
@@ -349,16 +60,21 @@ private:
     CFIndex used_ = 0;
 };
 
-int byteInEightBit(uint32_t c, const Encoding& encoding) {
+int byteInEightBit(uint32_t c, const EncodingInfo& encoding) {
     if (c < 0x80) return int(c);
     switch (encoding.scheme) {
-        case Scheme::kLatin1: return c < 0x100 ? int(c) : -1;
-        case Scheme::kTable: return encoding.table->byteOf(UniChar(c));
-        default: return -1;
+        case EncodingScheme::kLatin1:
+            return c < 0x100 ? int(c) : -1;
+        case EncodingScheme::kTable:
+            return encoding.table->byteOf(UniChar(c));
+        default:
+            return -1;
     }
 }
 
-bool isCombiningMark(uint32_t u) { return u >= 0x300 && !isSurrogate(u) && u_getCombiningClass(UChar32(u)) != 0; }
+bool isCombiningMark(uint32_t u) {
+    return u >= 0x300 && !isSurrogate(u) && u_getCombiningClass(UChar32(u)) != 0;
+}
 
 // A base character followed by combining marks goes out as its precomposed
 // form when the target has one ("e" U+0301 is é, 0xE9 in ISO Latin 1).
@@ -366,7 +82,7 @@ bool isCombiningMark(uint32_t u) { return u >= 0x300 && !isSurrogate(u) && u_get
 // there is no cluster, it does not compose to characters of the encoding,
 // or they do not fit.
 template <typename Unit>
-CFIndex putPrecomposed(const Unit* units, CFIndex length, CFIndex i, const Encoding& encoding, ByteSink& sink) {
+CFIndex putPrecomposed(const Unit* units, CFIndex length, CFIndex i, const EncodingInfo& encoding, ByteSink& sink) {
     constexpr CFIndex kLongestCluster = 32;
     CFIndex end = i + 1;
     while (end < length && end - i < kLongestCluster && isCombiningMark(units[end])) ++end;
@@ -421,7 +137,7 @@ size_t asciiFallback(uint32_t c, char (&out)[3]) {
 
 // ASCII, ISO Latin 1 and the table encodings.
 template <typename Unit>
-CFIndex encodeEightBit(const Unit* units, CFIndex length, const Encoding& encoding, uint8_t lossByte,
+CFIndex encodeEightBit(const Unit* units, CFIndex length, const EncodingInfo& encoding, uint8_t lossByte,
                        ByteSink& sink) {
     if constexpr (sizeof(Unit) == 1) {
         // ASCII storage: the bytes are the text.
@@ -429,7 +145,7 @@ CFIndex encodeEightBit(const Unit* units, CFIndex length, const Encoding& encodi
         sink.put(reinterpret_cast<const uint8_t*>(units), count);
         return count;
     }
-    const bool precomposes = encoding.scheme != Scheme::kASCII;
+    const bool precomposes = encoding.scheme != EncodingScheme::kASCII;
     CFIndex i = 0;
     while (i < length) {
         uint32_t c = units[i];
@@ -453,7 +169,7 @@ CFIndex encodeEightBit(const Unit* units, CFIndex length, const Encoding& encodi
             continue;
         }
         if (lossByte == 0) break;
-        if (encoding.scheme == Scheme::kASCII && lossByte == 0xFF) {
+        if (encoding.scheme == EncodingScheme::kASCII && lossByte == 0xFF) {
             CFIndex consumed = 1;
             if (isHighSurrogate(c) && i + 1 < length && isLowSurrogate(units[i + 1])) {
                 c = 0x10000 + ((c - 0xD800) << 10) + (units[i + 1] - 0xDC00);
@@ -516,8 +232,8 @@ CFIndex encodeUTF8(const Unit* units, CFIndex length, ByteSink& sink) {
 
 // Never writes half of a surrogate pair.
 template <typename Unit>
-CFIndex encodeUTF16(const Unit* units, CFIndex length, ByteOrder order, ByteSink& sink) {
-    if (order == ByteOrder::kHost) order = kHostOrder;
+CFIndex encodeUTF16(const Unit* units, CFIndex length, UnitByteOrder order, ByteSink& sink) {
+    if (order == UnitByteOrder::kHost) order = kHostOrder;
     CFIndex i = 0;
     while (i < length) {
         CFIndex count = isHighSurrogate(units[i]) && i + 1 < length && isLowSurrogate(units[i + 1]) ? 2 : 1;
@@ -531,8 +247,8 @@ CFIndex encodeUTF16(const Unit* units, CFIndex length, ByteOrder order, ByteSink
 // A lone surrogate has no UTF-32 form: it is lost (the loss byte's value
 // as a unit) or ends the conversion.
 template <typename Unit>
-CFIndex encodeUTF32(const Unit* units, CFIndex length, ByteOrder order, uint8_t lossByte, ByteSink& sink) {
-    if (order == ByteOrder::kHost) order = kHostOrder;
+CFIndex encodeUTF32(const Unit* units, CFIndex length, UnitByteOrder order, uint8_t lossByte, ByteSink& sink) {
+    if (order == UnitByteOrder::kHost) order = kHostOrder;
     CFIndex i = 0;
     while (i < length) {
         uint32_t c = units[i];
@@ -586,16 +302,22 @@ CFIndex encodeNonLossyASCII(const Unit* units, CFIndex length, ByteSink& sink) {
 }
 
 template <typename Unit>
-CFIndex encodeUnits(const Unit* units, CFIndex length, const Encoding& encoding, uint8_t lossByte, ByteSink& sink) {
+CFIndex encodeUnits(const Unit* units, CFIndex length, const EncodingInfo& encoding, uint8_t lossByte, ByteSink& sink) {
     switch (encoding.scheme) {
-        case Scheme::kASCII:
-        case Scheme::kLatin1:
-        case Scheme::kTable: return encodeEightBit(units, length, encoding, lossByte, sink);
-        case Scheme::kUTF8: return encodeUTF8(units, length, sink);
-        case Scheme::kUTF16: return encodeUTF16(units, length, encoding.order, sink);
-        case Scheme::kUTF32: return encodeUTF32(units, length, encoding.order, lossByte, sink);
-        case Scheme::kNonLossyASCII: return encodeNonLossyASCII(units, length, sink);
-        case Scheme::kUnsupported: return 0;
+        case EncodingScheme::kASCII:
+        case EncodingScheme::kLatin1:
+        case EncodingScheme::kTable:
+            return encodeEightBit(units, length, encoding, lossByte, sink);
+        case EncodingScheme::kUTF8:
+            return encodeUTF8(units, length, sink);
+        case EncodingScheme::kUTF16:
+            return encodeUTF16(units, length, encoding.order, sink);
+        case EncodingScheme::kUTF32:
+            return encodeUTF32(units, length, encoding.order, lossByte, sink);
+        case EncodingScheme::kNonLossyASCII:
+            return encodeNonLossyASCII(units, length, sink);
+        case EncodingScheme::kUnsupported:
+            return 0;
     }
     return 0;
 }
@@ -611,12 +333,12 @@ CFIndex copyHostUTF16(const UniChar* units, CFIndex length, ByteSink& sink) {
 
 CFIndex encodeString(CFStringRef s, CFRange range, CFStringEncoding encodingID, uint8_t lossByte,
                      bool isExternalRepresentation, uint8_t* buffer, CFIndex maxBufLen, CFIndex* usedBufLen) {
-    Encoding encoding = encodingOf(encodingID);
+    EncodingInfo encoding = encodingOf(encodingID);
     ByteSink sink(buffer, maxBufLen);
     CFIndex converted = 0;
     bool bomFits = true;
     if (isExternalRepresentation && (encodingID == kCFStringEncodingUTF16 || encodingID == kCFStringEncodingUTF32)) {
-        CFIndex bomLength = encoding.scheme == Scheme::kUTF16 ? 2 : 4;
+        CFIndex bomLength = encoding.scheme == EncodingScheme::kUTF16 ? 2 : 4;
         bomFits = sink.fits(bomLength);
         if (bomFits) {
             if (bomLength == 2) {
@@ -626,12 +348,12 @@ CFIndex encodeString(CFStringRef s, CFRange range, CFStringEncoding encodingID, 
             }
         }
     }
-    if (bomFits && encoding.scheme != Scheme::kUnsupported) {
+    if (bomFits && encoding.scheme != EncodingScheme::kUnsupported) {
         converted = withUnits(s, [&](auto* units, CFIndex) -> CFIndex {
             auto* start = units + range.location;
             if constexpr (sizeof(*units) == 2) {
-                if (encoding.scheme == Scheme::kUTF16 &&
-                    (encoding.order == ByteOrder::kHost || encoding.order == kHostOrder)) {
+                if (encoding.scheme == EncodingScheme::kUTF16 &&
+                    (encoding.order == UnitByteOrder::kHost || encoding.order == kHostOrder)) {
                     return copyHostUTF16(start, range.length, sink);
                 }
             }
@@ -646,72 +368,6 @@ CFIndex encodeString(CFStringRef s, CFRange range, CFStringEncoding encodingID, 
 
 }  // namespace halvane::detail
 
-// ---------------------------------------------------------------------------
-// Public functions
-
-CFStringRef CFStringCreateWithBytes(CFAllocatorRef alloc, const UInt8* bytes, CFIndex numBytes,
-                                    CFStringEncoding encoding, Boolean isExternalRepresentation) {
-    if (!validBytesArgument(bytes, numBytes, "CFStringCreateWithBytes")) return nullptr;
-    return createFromBytes(alloc, bytes, numBytes, encodingOf(encoding), isExternalRepresentation);
-}
-
-CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef alloc, const UInt8* bytes, CFIndex numBytes,
-                                          CFStringEncoding encoding, Boolean isExternalRepresentation,
-                                          CFAllocatorRef contentsDeallocator) {
-    if (!validBytesArgument(bytes, numBytes, "CFStringCreateWithBytesNoCopy")) return nullptr;
-    Encoding info = encodingOf(encoding);
-    bool hostUTF16 = info.scheme == Scheme::kUTF16 &&
-                     (info.order == kHostOrder || (info.order == ByteOrder::kHost && !isExternalRepresentation));
-    CFIndex referencedLength = hostUTF16 ? numBytes / 2 : numBytes;
-    if (referencedLength > 0 || !usesDefaultAllocator(alloc)) {
-        // Text whose bytes are already its storage is referenced: ASCII in
-        // an ASCII-compatible encoding, and host-order UTF-16 that needs no
-        // byte-order mark removed.
-        if (isPlainASCII(bytes, numBytes, info.scheme)) {
-            return createStringReferencingASCII(alloc, reinterpret_cast<const char*>(bytes), numBytes, false,
-                                                contentsDeallocator);
-        }
-        if (hostUTF16 && reinterpret_cast<uintptr_t>(bytes) % alignof(UniChar) == 0) {
-            return createStringReferencingUnits(alloc, reinterpret_cast<const UniChar*>(bytes), referencedLength,
-                                                contentsDeallocator);
-        }
-    }
-    // Anything else is decoded into a string of its own; the caller's
-    // buffer is not kept, so it goes now. A failed creation leaves it to the
-    // caller.
-    CFStringRef s = createFromBytes(alloc, bytes, numBytes, info, isExternalRepresentation);
-    if (s != nullptr) releaseBuffer(contentsDeallocator, bytes);
-    return s;
-}
-
-CFStringRef CFStringCreateWithCString(CFAllocatorRef alloc, const char* cStr, CFStringEncoding encoding) {
-    Encoding info = encodingOf(encoding);
-    if (cStr == nullptr || (info.scheme != Scheme::kUnsupported && !isASCIISuperset(info.scheme))) {
-        reportMisuse("CFString: CFStringCreateWithCString(): %s",
-                     cStr == nullptr ? "NULL C string" : "a C string needs an ASCII-compatible encoding");
-        return nullptr;
-    }
-    return createFromBytes(alloc, reinterpret_cast<const uint8_t*>(cStr), CFIndex(std::strlen(cStr)), info, false);
-}
-
-CFStringRef CFStringCreateWithCStringNoCopy(CFAllocatorRef alloc, const char* cStr, CFStringEncoding encoding,
-                                            CFAllocatorRef contentsDeallocator) {
-    Encoding info = encodingOf(encoding);
-    if (cStr == nullptr || (info.scheme != Scheme::kUnsupported && !isASCIISuperset(info.scheme))) {
-        reportMisuse("CFString: CFStringCreateWithCStringNoCopy(): %s",
-                     cStr == nullptr ? "NULL C string" : "a C string needs an ASCII-compatible encoding");
-        return nullptr;
-    }
-    auto length = CFIndex(std::strlen(cStr));
-    auto bytes = reinterpret_cast<const uint8_t*>(cStr);
-    if ((length > 0 || !usesDefaultAllocator(alloc)) && isPlainASCII(bytes, length, info.scheme)) {
-        return createStringReferencingASCII(alloc, cStr, length, true, contentsDeallocator);
-    }
-    CFStringRef s = createFromBytes(alloc, bytes, length, info, false);
-    if (s != nullptr) releaseBuffer(contentsDeallocator, cStr);
-    return s;
-}
-
 CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding encoding, UInt8 lossByte,
                          Boolean isExternalRepresentation, UInt8* buffer, CFIndex maxBufLen, CFIndex* usedBufLen) {
     if (usedBufLen != nullptr) *usedBufLen = 0;
@@ -725,13 +381,13 @@ CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding 
                      range.length, theString->length);
         return 0;
     }
-    return encodeString(theString, range, encoding, lossByte, isExternalRepresentation, buffer, maxBufLen,
-                        usedBufLen);
+    return encodeString(theString, range, encoding, lossByte, isExternalRepresentation, buffer, maxBufLen, usedBufLen);
 }
 
 Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
     if (!isA(theString, kCFStringTypeID) || buffer == nullptr || bufferSize <= 0) {
-        reportMisuse("CFString: CFStringGetCString(): %s", isA(theString, kCFStringTypeID) ? "no buffer" : "not a string");
+        reportMisuse("CFString: CFStringGetCString(): %s",
+                     isA(theString, kCFStringTypeID) ? "no buffer" : "not a string");
         return false;
     }
     CFIndex used = 0;
@@ -753,44 +409,36 @@ const char* CFStringGetCStringPtr(CFStringRef theString, CFStringEncoding encodi
     return reinterpret_cast<const char*>(theString->contents.ascii);
 }
 
-void CFStringAppendCString(CFMutableStringRef theString, const char* cStr, CFStringEncoding encoding) {
-    Encoding info = encodingOf(encoding);
-    if (cStr == nullptr || !isASCIISuperset(info.scheme)) {
-        reportMisuse("CFString: CFStringAppendCString(): %s",
-                     cStr == nullptr ? "NULL C string" : "a C string needs an ASCII-compatible encoding");
-        return;
-    }
-    ScratchUnits scratch;
-    std::u16string& units = scratch.units();
-    auto bytes = reinterpret_cast<const uint8_t*>(cStr);
-    size_t length = std::strlen(cStr);
-    if (isPlainASCII(bytes, CFIndex(length), info.scheme)) {
-        units.assign(bytes, bytes + length);
-    } else if (!decodeBytes(bytes, length, info, false, units)) {
-        reportMisuse("CFString: CFStringAppendCString(): the bytes are not valid in encoding 0x%x", encoding);
-        return;
-    }
-    replaceUnits(theString, CFRangeMake(CFStringGetLength(theString), 0), units.data(), CFIndex(units.size()),
-                 "CFStringAppendCString");
+CFStringEncoding CFStringGetSystemEncoding(void) {
+    return kCFStringEncodingUTF8;
 }
 
-CFStringEncoding CFStringGetSystemEncoding(void) { return kCFStringEncodingUTF8; }
-
 Boolean CFStringIsEncodingAvailable(CFStringEncoding encoding) {
-    return encodingOf(encoding).scheme != Scheme::kUnsupported;
+    return encodingOf(encoding).scheme != EncodingScheme::kUnsupported;
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
     CFIndex bytesPerUnit = 0;
     switch (encodingOf(encoding).scheme) {
-        case Scheme::kASCII:
-        case Scheme::kLatin1:
-        case Scheme::kTable: bytesPerUnit = 1; break;
-        case Scheme::kUTF8: bytesPerUnit = 3; break;
-        case Scheme::kUTF16: bytesPerUnit = 2; break;
-        case Scheme::kUTF32: bytesPerUnit = 4; break;
-        case Scheme::kNonLossyASCII: bytesPerUnit = 6; break;
-        case Scheme::kUnsupported: return kCFNotFound;
+        case EncodingScheme::kASCII:
+        case EncodingScheme::kLatin1:
+        case EncodingScheme::kTable:
+            bytesPerUnit = 1;
+            break;
+        case EncodingScheme::kUTF8:
+            bytesPerUnit = 3;
+            break;
+        case EncodingScheme::kUTF16:
+            bytesPerUnit = 2;
+            break;
+        case EncodingScheme::kUTF32:
+            bytesPerUnit = 4;
+            break;
+        case EncodingScheme::kNonLossyASCII:
+            bytesPerUnit = 6;
+            break;
+        case EncodingScheme::kUnsupported:
+            return kCFNotFound;
     }
     if (length < 0 || length > LONG_MAX / bytesPerUnit) return kCFNotFound;
     return length * bytesPerUnit;

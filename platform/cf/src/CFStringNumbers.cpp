@@ -15,9 +15,13 @@ bool isSkippedSpace(uint32_t u) {
     return u < 0x21 || (u >= 0x7F && u <= 0xA0) || (u >= 0x2000 && u <= 0x200B) || u == 0x3000;
 }
 
-bool isDigit(uint32_t u) { return u >= '0' && u <= '9'; }
+bool isDigit(uint32_t u) {
+    return u >= '0' && u <= '9';
+}
 
-bool isFloatCharacter(uint32_t u) { return isDigit(u) || u == '+' || u == '-' || u == '.' || u == 'e' || u == 'E'; }
+bool isFloatCharacter(uint32_t u) {
+    return isDigit(u) || u == '+' || u == '-' || u == '.' || u == 'e' || u == 'E';
+}
 
 template <typename Unit>
 CFIndex skipSpaces(const Unit* units, CFIndex length, CFIndex i) {
