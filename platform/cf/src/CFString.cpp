@@ -146,6 +146,36 @@ CFStringRef copyStringDebugDescription(CFTypeRef cf) {
         .create();
 }
 
+// The sequence at the start of bytes in full: its length (0 when it is not
+// well-formed) and, in value, its code point. Kept out of line so that the
+// decoding loop stays small enough for the compiler to keep in registers.
+[[gnu::noinline]] size_t decodeSequence(const uint8_t* bytes, size_t available, uint32_t& value) {
+    uint32_t lead = bytes[0];
+    size_t need = 0;
+    uint32_t low = 0x80, high = 0xBF;  // range of the first continuation byte
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        need = 1;
+        value = lead & 0x1F;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        need = 2;
+        value = lead & 0x0F;
+        if (lead == 0xE0) low = 0xA0;   // overlong
+        if (lead == 0xED) high = 0x9F;  // surrogates
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        need = 3;
+        value = lead & 0x07;
+        if (lead == 0xF0) low = 0x90;   // overlong
+        if (lead == 0xF4) high = 0x8F;  // above U+10FFFF
+    }
+    if (need == 0 || need >= available) return 0;
+    for (size_t k = 1; k <= need; ++k) {
+        uint32_t c = bytes[k];
+        if (c < (k == 1 ? low : 0x80) || c > (k == 1 ? high : 0xBF)) return 0;
+        value = (value << 6) | (c & 0x3F);
+    }
+    return need + 1;
+}
+
 // Decodes UTF-8 one sequence at a time; for each byte that does not start
 // a well-formed sequence, onError(byte) returns the unit that stands for
 // it, or a negative value to give up.
@@ -161,65 +191,40 @@ bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, On
     char16_t* dst = first;
     size_t i = 0;
     while (i < length) {
-        // Runs of ASCII, eight bytes at a time.
-        while (i + 8 <= length) {
-            uint64_t word;
-            std::memcpy(&word, bytes + i, 8);
-            if (word & 0x8080808080808080ull) break;
-            for (int k = 0; k < 8; ++k) dst[k] = char16_t(bytes[i + k]);
-            dst += 8;
-            i += 8;
-        }
-        if (i >= length) break;
         uint8_t lead = bytes[i];
         if (lead < 0x80) {
-            *dst++ = char16_t(lead);
-            ++i;
+            // A run of ASCII, eight bytes at a time.
+            while (i + 8 <= length) {
+                uint64_t word;
+                std::memcpy(&word, bytes + i, 8);
+                if (word & 0x8080808080808080ull) break;
+                for (int k = 0; k < 8; ++k) dst[k] = char16_t(bytes[i + k]);
+                dst += 8;
+                i += 8;
+            }
+            while (i < length && bytes[i] < 0x80) *dst++ = char16_t(bytes[i++]);
             continue;
         }
         // The common well-formed two- and three-byte forms (Latin, Greek,
-        // Cyrillic, CJK...) without the general checks below.
-        if (lead >= 0xC2 && lead <= 0xDF && i + 1 < length && (bytes[i + 1] & 0xC0) == 0x80) {
-            *dst++ = char16_t((lead & 0x1F) << 6 | (bytes[i + 1] & 0x3F));
-            i += 2;
-            continue;
-        }
-        if (lead >= 0xE1 && lead <= 0xEF && lead != 0xED && i + 2 < length && (bytes[i + 1] & 0xC0) == 0x80 &&
-            (bytes[i + 2] & 0xC0) == 0x80) {
-            *dst++ = char16_t((lead & 0x0F) << 12 | (bytes[i + 1] & 0x3F) << 6 | (bytes[i + 2] & 0x3F));
-            i += 3;
-            continue;
-        }
-        size_t need = 0;
-        uint32_t value = 0;
-        uint8_t low = 0x80, high = 0xBF;  // range of the first continuation byte
-        if (lead >= 0xC2 && lead <= 0xDF) {
-            need = 1;
-            value = lead & 0x1F;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            need = 2;
-            value = lead & 0x0F;
-            if (lead == 0xE0) low = 0xA0;   // overlong
-            if (lead == 0xED) high = 0x9F;  // surrogates
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            need = 3;
-            value = lead & 0x07;
-            if (lead == 0xF0) low = 0x90;   // overlong
-            if (lead == 0xF4) high = 0x8F;  // above U+10FFFF
-        }
-        bool valid = need > 0 && i + need < length;
-        if (valid) {
-            for (size_t k = 1; k <= need; ++k) {
-                uint8_t c = bytes[i + k];
-                uint8_t lo = k == 1 ? low : 0x80, hi = k == 1 ? high : 0xBF;
-                if (c < lo || c > hi) {
-                    valid = false;
-                    break;
-                }
-                value = (value << 6) | (c & 0x3F);
+        // Cyrillic, CJK...) without the general checks of decodeSequence.
+        if (lead >= 0xC2 && lead <= 0xDF && i + 1 < length) {
+            uint32_t c1 = bytes[i + 1];
+            if ((c1 & 0xC0) == 0x80) {
+                *dst++ = char16_t((uint32_t(lead) & 0x1F) << 6 | (c1 & 0x3F));
+                i += 2;
+                continue;
+            }
+        } else if (lead >= 0xE1 && lead <= 0xEF && lead != 0xED && i + 2 < length) {
+            uint32_t c1 = bytes[i + 1], c2 = bytes[i + 2];
+            if ((c1 & 0xC0) == 0x80 && (c2 & 0xC0) == 0x80) {
+                *dst++ = char16_t((uint32_t(lead) & 0x0F) << 12 | (c1 & 0x3F) << 6 | (c2 & 0x3F));
+                i += 3;
+                continue;
             }
         }
-        if (!valid) {
+        uint32_t value = 0;
+        size_t consumed = decodeSequence(bytes + i, length - i, value);
+        if (consumed == 0) {
             int replacement = onError(lead);
             if (replacement < 0) {
                 out.resize(start);
@@ -236,7 +241,7 @@ bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, On
         } else {
             *dst++ = char16_t(value);
         }
-        i += need + 1;
+        i += consumed;
     }
     out.resize(start + size_t(dst - first));
     return true;
