@@ -72,7 +72,7 @@ TEST(StringCompareLiteral, StorageFormsCompareAlike) {
 TEST(StringCompareCaseInsensitive, AsciiLowercasedUnicodeFolded) {
     constexpr CFStringCompareFlags ci = kCFCompareCaseInsensitive;
     EXPECT_EQ(compare(u"HELLO", u"hello", ci), kEqual);
-    EXPECT_EQ(compare(u"Apple", u"apricot", ci), kLess);
+    EXPECT_EQ(compare(u"Banana", u"berry", ci), kLess);
     // Letters compare lowercased, so "_" (0x5F) sorts before them...
     EXPECT_EQ(compare(u"_", u"A", ci), kLess);
     EXPECT_EQ(compare(u"_", u"a", ci), kLess);
