@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <string>
 
 namespace halvane::detail {
 
@@ -119,6 +120,12 @@ CFStringRef copyFormattingDescription(CFTypeRef cf, CFDictionaryRef formatOption
 
 // The address of the allocator object that descriptions print in brackets.
 const void* descriptionAllocatorAddress(CFTypeRef cf);
+
+// The locale the POSIX environment asks for, as a locale identifier
+// ("de_DE"): LC_ALL, else the category's own variable, else LANG, without
+// codeset or modifier; "en_US" for C, POSIX or nothing set.
+enum class LocaleCategory { kCollation, kMessages };
+std::string currentLocaleIdentifier(LocaleCategory category);
 
 }  // namespace halvane::detail
 

@@ -146,81 +146,113 @@ CFStringRef copyStringDebugDescription(CFTypeRef cf) {
         .create();
 }
 
-// Decodes UTF-8 one sequence at a time; calls onError for each byte that
-// does not start a well-formed sequence and lets it decide whether to go
-// on.
+// The sequence at the start of bytes in full: its length (0 when it is not
+// well-formed) and, in value, its code point. Kept out of line so that the
+// decoding loop stays small enough for the compiler to keep in registers.
+[[gnu::noinline]] size_t decodeSequence(const uint8_t* bytes, size_t available, uint32_t& value) {
+    uint32_t lead = bytes[0];
+    size_t need = 0;
+    uint32_t low = 0x80, high = 0xBF;  // range of the first continuation byte
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        need = 1;
+        value = lead & 0x1F;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        need = 2;
+        value = lead & 0x0F;
+        if (lead == 0xE0) low = 0xA0;   // overlong
+        if (lead == 0xED) high = 0x9F;  // surrogates
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        need = 3;
+        value = lead & 0x07;
+        if (lead == 0xF0) low = 0x90;   // overlong
+        if (lead == 0xF4) high = 0x8F;  // above U+10FFFF
+    }
+    if (need == 0 || need >= available) return 0;
+    for (size_t k = 1; k <= need; ++k) {
+        uint32_t c = bytes[k];
+        if (c < (k == 1 ? low : 0x80) || c > (k == 1 ? high : 0xBF)) return 0;
+        value = (value << 6) | (c & 0x3F);
+    }
+    return need + 1;
+}
+
+// Decodes UTF-8 one sequence at a time; for each byte that does not start
+// a well-formed sequence, onError(byte) returns the unit that stands for
+// it, or a negative value to give up.
+//
+// Every byte yields at most one unit, so the output is sized for the
+// worst case once and written through a pointer: no per-unit capacity
+// checks, no per-unit access to a (possibly thread-local) string.
 template <typename OnError>
 bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, OnError onError) {
-    out.reserve(out.size() + length);
+    size_t start = out.size();
+    out.resize(start + length);
+    char16_t* const first = out.data() + start;
+    char16_t* dst = first;
     size_t i = 0;
     while (i < length) {
-        // Runs of ASCII, eight bytes at a time.
-        while (i + 8 <= length) {
-            uint64_t word;
-            std::memcpy(&word, bytes + i, 8);
-            if (word & 0x8080808080808080ull) break;
-            for (int k = 0; k < 8; ++k) out.push_back(char16_t(bytes[i + k]));
-            i += 8;
-        }
-        if (i >= length) break;
         uint8_t lead = bytes[i];
         if (lead < 0x80) {
-            out.push_back(char16_t(lead));
-            ++i;
+            // A run of ASCII, eight bytes at a time.
+            while (i + 8 <= length) {
+                uint64_t word;
+                std::memcpy(&word, bytes + i, 8);
+                if (word & 0x8080808080808080ull) break;
+                for (int k = 0; k < 8; ++k) dst[k] = char16_t(bytes[i + k]);
+                dst += 8;
+                i += 8;
+            }
+            while (i < length && bytes[i] < 0x80) *dst++ = char16_t(bytes[i++]);
             continue;
         }
-        size_t need = 0;
-        uint32_t value = 0;
-        uint8_t low = 0x80, high = 0xBF;  // range of the first continuation byte
-        if (lead >= 0xC2 && lead <= 0xDF) {
-            need = 1;
-            value = lead & 0x1F;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            need = 2;
-            value = lead & 0x0F;
-            if (lead == 0xE0) low = 0xA0;   // overlong
-            if (lead == 0xED) high = 0x9F;  // surrogates
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            need = 3;
-            value = lead & 0x07;
-            if (lead == 0xF0) low = 0x90;   // overlong
-            if (lead == 0xF4) high = 0x8F;  // above U+10FFFF
-        }
-        bool valid = need > 0 && i + need < length;
-        if (valid) {
-            for (size_t k = 1; k <= need; ++k) {
-                uint8_t c = bytes[i + k];
-                uint8_t lo = k == 1 ? low : 0x80, hi = k == 1 ? high : 0xBF;
-                if (c < lo || c > hi) {
-                    valid = false;
-                    break;
-                }
-                value = (value << 6) | (c & 0x3F);
+        // The common well-formed two- and three-byte forms (Latin, Greek,
+        // Cyrillic, CJK...) without the general checks of decodeSequence.
+        if (lead >= 0xC2 && lead <= 0xDF && i + 1 < length) {
+            uint32_t c1 = bytes[i + 1];
+            if ((c1 & 0xC0) == 0x80) {
+                *dst++ = char16_t((uint32_t(lead) & 0x1F) << 6 | (c1 & 0x3F));
+                i += 2;
+                continue;
+            }
+        } else if (lead >= 0xE1 && lead <= 0xEF && lead != 0xED && i + 2 < length) {
+            uint32_t c1 = bytes[i + 1], c2 = bytes[i + 2];
+            if ((c1 & 0xC0) == 0x80 && (c2 & 0xC0) == 0x80) {
+                *dst++ = char16_t((uint32_t(lead) & 0x0F) << 12 | (c1 & 0x3F) << 6 | (c2 & 0x3F));
+                i += 3;
+                continue;
             }
         }
-        if (!valid) {
-            if (!onError(out, lead)) return false;
+        uint32_t value = 0;
+        size_t consumed = decodeSequence(bytes + i, length - i, value);
+        if (consumed == 0) {
+            int replacement = onError(lead);
+            if (replacement < 0) {
+                out.resize(start);
+                return false;
+            }
+            *dst++ = char16_t(replacement);
             ++i;
             continue;
         }
         if (value >= 0x10000) {
             value -= 0x10000;
-            out.push_back(char16_t(0xD800 + (value >> 10)));
-            out.push_back(char16_t(0xDC00 + (value & 0x3FF)));
+            *dst++ = char16_t(0xD800 + (value >> 10));
+            *dst++ = char16_t(0xDC00 + (value & 0x3FF));
         } else {
-            out.push_back(char16_t(value));
+            *dst++ = char16_t(value);
         }
-        i += need + 1;
+        i += consumed;
     }
+    out.resize(start + size_t(dst - first));
     return true;
 }
+
+}  // namespace
 
 locale_t cLocale() {
     static locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t(0));
     return locale;
 }
-
-}  // namespace
 
 constinit const CFRuntimeClass kStringClass = {
     0,       "CFString", nullptr, nullptr, finalizeString, equalStrings, hashString, copyStringFormattingDescription,
@@ -297,7 +329,11 @@ CFStringRef createStringReferencingUnits(CFAllocatorRef allocator, const UniChar
 }
 
 bool decodeUTF8(const uint8_t* bytes, size_t length, std::u16string& out) {
-    return decodeUTF8With(bytes, length, out, [](std::u16string&, uint8_t) { return false; });
+    return decodeUTF8With(bytes, length, out, [](uint8_t) { return -1; });
+}
+
+bool decodeUTF8AllowingStrayA9(const uint8_t* bytes, size_t length, std::u16string& out) {
+    return decodeUTF8With(bytes, length, out, [](uint8_t lead) { return lead == 0xA9 ? 0xFFFD : -1; });
 }
 
 void appendUTF8(std::string& out, const UniChar* units, size_t length) {
@@ -400,10 +436,7 @@ TextBuilder& TextBuilder::ascii(std::string_view text) {
 }
 
 TextBuilder& TextBuilder::utf8(std::string_view text) {
-    decodeUTF8With(reinterpret_cast<const uint8_t*>(text.data()), text.size(), text_, [](std::u16string& out, uint8_t) {
-        out.push_back(u'\uFFFD');
-        return true;
-    });
+    decodeUTF8With(reinterpret_cast<const uint8_t*>(text.data()), text.size(), text_, [](uint8_t) { return 0xFFFD; });
     return *this;
 }
 

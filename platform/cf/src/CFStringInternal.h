@@ -12,6 +12,8 @@
 
 #include <CoreFoundation/CFString.h>
 
+#include <locale.h>
+
 #include <string>
 #include <string_view>
 
@@ -80,6 +82,10 @@ CFStringRef createStringReferencingUnits(CFAllocatorRef allocator, const UniChar
 // Strict UTF-8 to UTF-16: false on a truncated or overlong sequence, an
 // encoded surrogate, a value above U+10FFFF or a stray continuation byte.
 bool decodeUTF8(const uint8_t* bytes, size_t length, std::u16string& out);
+// The same, except that a 0xA9 byte where a sequence should start reads as
+// U+FFFD instead of failing: creation from UTF-8 bytes has always accepted
+// that one stray byte, and callers rely on it.
+bool decodeUTF8AllowingStrayA9(const uint8_t* bytes, size_t length, std::u16string& out);
 // UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.
 void appendUTF8(std::string& out, const UniChar* units, size_t length);
 
@@ -118,6 +124,9 @@ public:
 private:
     std::u16string text_;
 };
+
+// The "C" locale, for number conversions that must not follow setlocale.
+locale_t cLocale();
 
 // The shared immortal empty string.
 CFStringRef emptyString();
