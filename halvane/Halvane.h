@@ -5,6 +5,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <halvane/core/HVExport.h>
-#include <halvane/core/HVVersion.h>
+#include <halvane/core/HVLibraryVersion.h>
 
 #endif  // HALVANE_HALVANE_H
