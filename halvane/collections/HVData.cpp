@@ -365,6 +365,14 @@ HVMutableData HVMutableData::MutableDataFromObject(const HVObject& object) { ret
 
 HVMutableData HVMutableData::MutableDataFromId(const void* const& ref) { return HVMutableData(ref); }
 
+// A buffer of the receiver's own to write into: not null and not one of the
+// shared empty objects. An empty buffer made with a capacity is its own and
+// keeps its fixed maximum.
+bool HVMutableData::HasOwnBuffer() const {
+    return m_Ref != nullptr && m_Ref != kCFNull && m_Ref != HVMutableData::SharedEmptyObject() &&
+           m_Ref != HVData::SharedEmptyObject();
+}
+
 void* HVMutableData::MutableBytes() const {
     if (IsEmpty()) return nullptr;
     return CFDataGetMutableBytePtr(static_cast<CFMutableDataRef>(const_cast<void*>(m_Ref)));
@@ -372,7 +380,7 @@ void* HVMutableData::MutableBytes() const {
 
 void HVMutableData::IncreaseLengthBy(unsigned long long length) {
     if (length == 0) return;
-    if (IsEmpty()) {
+    if (!HasOwnBuffer()) {
         InitWithLength(length);
         return;
     }
@@ -381,7 +389,7 @@ void HVMutableData::IncreaseLengthBy(unsigned long long length) {
 
 void HVMutableData::SetLength(unsigned long long length) {
     if (length == Length()) return;
-    if (IsEmpty()) {
+    if (!HasOwnBuffer()) {
         InitWithLength(length);
         return;
     }
@@ -452,9 +460,9 @@ void HVMutableData::AppendData(const HVData& data) { AppendBytesOfLength(data.By
 
 void HVMutableData::AppendBytesOfLength(const void* bytes, unsigned long long length) {
     if (bytes == nullptr || length == 0) return;
-    // An empty receiver gets a fresh buffer: the shared empty object is never
-    // written.
-    if (IsEmpty()) {
+    // A receiver without a buffer of its own gets a fresh one: the shared
+    // empty object is never written.
+    if (!HasOwnBuffer()) {
         InitWithBytesOfLength(bytes, length);
         return;
     }

@@ -117,6 +117,9 @@ public:
     HVMutableData& operator=(const HVData& data);
     HVMutableData& operator=(const HVString& string);
     HVMutableData& operator=(__CFData* ref);
+
+private:
+    bool HasOwnBuffer() const;
 };
 
 #endif  // HALVANE_COLLECTIONS_HVDATA_H

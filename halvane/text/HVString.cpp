@@ -229,9 +229,23 @@ void HVString::InitWithBytesOfLengthUsingEncoding(const void* bytes, unsigned lo
     // Lengths reach the platform cut to 32 bits.
     CFIndex platformLength = CFIndex(int32_t(uint32_t(length)));
     if (platformLength < 0) return;
-    CFStringRef created = CFStringCreateWithBytes(kCFAllocatorDefault, static_cast<const UInt8*>(bytes), platformLength,
-                                                  HVStringEncodingUtilites::ConvertToUnderlyingStringEncoding(encoding),
-                                                  false);
+    auto start = static_cast<const UInt8*>(bytes);
+    // Without external representation a byte-order mark is text. The
+    // platform drops a UTF-8 mark in any case, so it is put back here.
+    bool keepMark = encoding == HVUTF8StringEncoding && platformLength >= 3 && start[0] == 0xEF && start[1] == 0xBB &&
+                    start[2] == 0xBF;
+    CFStringRef created =
+        CFStringCreateWithBytes(kCFAllocatorDefault, start, platformLength,
+                                HVStringEncodingUtilites::ConvertToUnderlyingStringEncoding(encoding), false);
+    if (created != nullptr && keepMark) {
+        CFMutableStringRef marked = CFStringCreateMutable(kCFAllocatorDefault, 0);
+        const UniChar mark = 0xFEFF;
+        CFStringAppendCharacters(marked, &mark, 1);
+        CFStringAppend(marked, created);
+        CFRelease(created);
+        created = CFStringCreateCopy(kCFAllocatorDefault, marked);
+        CFRelease(marked);
+    }
     if (created != nullptr) AssignUnderlyingStringAndTakeOwnership(created);
 }
 
