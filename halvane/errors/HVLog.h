@@ -15,4 +15,10 @@ class HVString;
 HV_EXPORT void HVLog(HVString format, ...);
 HV_EXPORT void HVLogV(const HVString& format, va_list arguments);
 
+// Makes path the log file: whatever is there is deleted and an empty file
+// created, so every process starts its log empty. Until a path is set,
+// lines go to "HVLog.log" beside the executable (replaced at the first
+// line), else to Logs/HVLog.log in the user's data folder.
+HV_EXPORT void SetHVLogFilePath(const HVString& path);
+
 #endif  // HALVANE_ERRORS_HVLOG_H

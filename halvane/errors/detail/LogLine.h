@@ -13,6 +13,9 @@ HVString LogTimeStamp();
 HVString LogLine(const HVString& message);
 // Hands the line to the debugger output in pieces of at most 1023 units.
 void WriteToDebugOutput(const HVString& line);
+// Appends the line's UTF-8 bytes to the global log file, or to the
+// fallback stream when no log file is set or it cannot be written.
+void WriteToLogFile(const HVString& line);
 
 }  // namespace halvane::detail
 
