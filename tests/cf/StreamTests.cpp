@@ -10,6 +10,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -53,6 +55,12 @@ int nativeHandle(CFReadStreamRef stream) {
     int fd;
     std::memcpy(&fd, CFDataGetBytePtr(handle), sizeof fd);
     return fd;
+}
+
+size_t openDescriptorCount() {
+    std::error_code ignored;
+    auto entries = std::filesystem::directory_iterator("/proc/self/fd", ignored);
+    return size_t(std::distance(entries, std::filesystem::directory_iterator()));
 }
 
 bool isError(CFStreamError error, CFIndex domain, SInt32 code) {
@@ -298,17 +306,24 @@ TEST(SocketStreams, OpeningLastsUntilTheConnectionIsAccepted) {
     ::close(second);
     ::close(blocker);
 
-    // Closing while opening gives up the attempt at once.
+    // Closing while opening gives up the attempt: the socket being connected is closed soon after.
     blocker = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     ASSERT_EQ(::connect(blocker, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    size_t descriptorsBefore = openDescriptorCount();
     Pair abandoned = connectTo("127.0.0.1", server.port());
     ASSERT_TRUE(CFReadStreamOpen(abandoned.in));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(openDescriptorCount(), descriptorsBefore + 1);
     CFReadStreamClose(abandoned.in);
     CFWriteStreamClose(abandoned.out);
     EXPECT_EQ(CFReadStreamGetStatus(abandoned.in), kCFStreamStatusClosed);
     CFIndex result = 0;
     read(abandoned.in, 4, &result);
     EXPECT_EQ(result, -1);
+    for (int wait = 0; wait < 20 && openDescriptorCount() != descriptorsBefore; ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    EXPECT_EQ(openDescriptorCount(), descriptorsBefore);
     ::close(blocker);
 }
 
@@ -398,6 +413,12 @@ TEST(SocketStreams, UnresolvableHostIsANetDBError) {
     CFIndex domainValue = 0;
     ASSERT_TRUE(CFNumberGetValue(domain, kCFNumberCFIndexType, &domainValue));
     EXPECT_EQ(domainValue, 12);
+
+    // A port out of range fails the open as an invalid argument.
+    Pair outOfRange = connectTo("127.0.0.1", 70000);
+    ASSERT_TRUE(CFReadStreamOpen(outOfRange.in));
+    EXPECT_EQ(read(outOfRange.in, 1), "");
+    EXPECT_TRUE(isError(CFReadStreamGetError(outOfRange.in), 1, 22));  // POSIX, EINVAL
 }
 
 namespace {
