@@ -69,6 +69,20 @@ private:
     unsigned port_ = 0;
 };
 
+// A plain client descriptor connected to 127.0.0.1:port (the system
+// completes the connection before the server accepts it, while its queue has
+// room), or -1.
+inline int connectLoopback(unsigned port) {
+    int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(uint16_t(port));
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) return fd;
+    ::close(fd);
+    return -1;
+}
+
 // A loopback port on which nothing listens (bound a moment ago, then freed).
 inline unsigned unusedPort() {
     LoopbackServer probe;

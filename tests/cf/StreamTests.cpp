@@ -82,7 +82,6 @@ TEST(StreamStates, MemoryReadStreamWalksThroughTheStates) {
     auto stream = own(CFReadStreamCreateWithBytesNoCopy(nullptr, bytes, 5, nullptr));
     EXPECT_EQ(CFGetTypeID(stream), 38u);
     EXPECT_EQ(CFReadStreamGetStatus(stream), kCFStreamStatusNotOpen);
-    EXPECT_EQ(read(stream, 2), "");
     CFIndex result = 0;
     read(stream, 2, &result);
     EXPECT_EQ(result, -1);
@@ -275,12 +274,8 @@ TEST(SocketStreams, OpeningLastsUntilTheConnectionIsAccepted) {
     // system drops further connection requests until it is accepted.
     LoopbackServer server;
     ASSERT_EQ(::listen(server.listener(), 0), 0);
-    int blocker = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(UInt16(server.port()));
-    ASSERT_EQ(::connect(blocker, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    int blocker = connectLoopback(server.port());
+    ASSERT_GE(blocker, 0);
 
     Pair pair = connectTo("127.0.0.1", server.port());
     ASSERT_TRUE(CFWriteStreamOpen(pair.out));
@@ -307,8 +302,8 @@ TEST(SocketStreams, OpeningLastsUntilTheConnectionIsAccepted) {
     ::close(blocker);
 
     // Closing while opening gives up the attempt: the socket being connected is closed soon after.
-    blocker = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(::connect(blocker, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    blocker = connectLoopback(server.port());
+    ASSERT_GE(blocker, 0);
     size_t descriptorsBefore = openDescriptorCount();
     Pair abandoned = connectTo("127.0.0.1", server.port());
     ASSERT_TRUE(CFReadStreamOpen(abandoned.in));
