@@ -217,6 +217,10 @@ TEST(Sockets, SendDataSucceedsFailsAndTimesOut) {
     EXPECT_GT(sends, 1);  // the first sends went through, at least in part
     EXPECT_LT(seconds, 3.0);
 
+    // Sending after the sending side was shut down is a broken pipe: an
+    // error, not a SIGPIPE that would end this test process.
+    ::shutdown(client, SHUT_WR);
+    EXPECT_EQ(CFSocketSendData(s, nullptr, dataOf("x"), 1.0), kCFSocketError);
     ::close(peer);
     CFSocketInvalidate(s);
     CFRelease(s);
