@@ -78,6 +78,9 @@ extern const CFRuntimeClass kNumberClass;
 extern const CFRuntimeClass kDateClass;
 extern const CFRuntimeClass kDictionaryClass;
 extern const CFRuntimeClass kErrorClass;
+extern const CFRuntimeClass kReadStreamClass;
+extern const CFRuntimeClass kWriteStreamClass;
+extern const CFRuntimeClass kSocketClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

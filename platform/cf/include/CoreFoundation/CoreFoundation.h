@@ -10,6 +10,8 @@
 #include <CoreFoundation/CFError.h>
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFRuntime.h>
+#include <CoreFoundation/CFSocket.h>
+#include <CoreFoundation/CFStream.h>
 #include <CoreFoundation/CFString.h>
 
 #endif /* HALVANE_CF_COREFOUNDATION_H */
