@@ -147,14 +147,6 @@ HVObject::HVObject(const void* const& ref, HVClassType type) : m_Ref(ref), m_Act
     if (m_Ref != nullptr) CFRetain(m_Ref);
 }
 
-HVObject::HVObject(const HVObject& other, HVClassType type)
-    : m_Ref(other.m_Ref), m_ActualClassType(type), m_ClassType(type) {
-    if (m_Ref != nullptr) CFRetain(m_Ref);
-}
-
-HVObject::~HVObject() {
-    if (m_Ref != nullptr) CFRelease(m_Ref);
-}
 
 HVClassType HVObject::ClassType() { return HVObjectClassType; }
 
@@ -328,8 +320,6 @@ void HVObject::AssignTakeOwnershipAndSetType(const void* const& ref) {
     AssignAndTakeOwnership(ref);
 }
 
-const void* HVObject::Ref() const { return m_Ref; }
-
 const void* HVObject::RefAutorelease() const { return m_Ref; }
 
 const void* HVObject::RefCopy() const {
@@ -387,10 +377,6 @@ unsigned long long HVObject::RetainCount() const {
 }
 
 unsigned long long HVObject::Hash() const { return CFHash(m_Ref) & 0xFFFFFFFFull; }
-
-HVClassType HVObject::ObjectsActualClassType() const { return m_ActualClassType; }
-
-HVClassType HVObject::ObjectsClassType() const { return m_ClassType; }
 
 bool HVObject::IsSameClassTypeAs(const HVObject& other) const { return m_ClassType == other.m_ClassType; }
 

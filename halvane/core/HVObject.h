@@ -7,6 +7,8 @@
 #include <halvane/core/HVClassType.h>
 #include <halvane/core/HVExport.h>
 
+#include <CoreFoundation/CFBase.h>
+
 #include <memory>
 
 class HVString;
@@ -103,6 +105,21 @@ protected:
     template <typename T>
     friend struct halvane::detail::WrapperFactory;
 };
+
+// Copying a wrapper and destroying one are the library's most frequent
+// operations: inline, they cost one retain or release each.
+inline HVObject::HVObject(const HVObject& other, HVClassType type)
+    : m_Ref(other.m_Ref), m_ActualClassType(type), m_ClassType(type) {
+    if (m_Ref != nullptr) CFRetain(m_Ref);
+}
+
+inline HVObject::~HVObject() {
+    if (m_Ref != nullptr) CFRelease(m_Ref);
+}
+
+inline const void* HVObject::Ref() const { return m_Ref; }
+inline HVClassType HVObject::ObjectsActualClassType() const { return m_ActualClassType; }
+inline HVClassType HVObject::ObjectsClassType() const { return m_ClassType; }
 
 // A plain holder of one untyped reference; never retains or releases.
 class HV_EXPORT id {

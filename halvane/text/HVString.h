@@ -173,6 +173,8 @@ protected:
     void AssignUnderlyingStringAndTakeOwnership(const void* ref);
 };
 
+inline HVString::HVString(const HVString& other) : HVObject(other, HVStringClassType) {}
+
 HV_EXPORT HVString operator+(const HVString& left, const HVString& right);
 HV_EXPORT HVString operator+(const HVString& left, const char* right);
 HV_EXPORT HVString operator+(const char* left, const HVString& right);
