@@ -262,16 +262,22 @@ HVData::operator const __CFData*() const { return asData(m_Ref); }
 bool HVData::IsEmpty() const { return m_Ref == nullptr || Length() == 0; }
 
 HVString HVData::Serialize() {
+    // "<%@>" around the digits, built as one ASCII text and made into a
+    // string with a single copy.
     static const char digits[] = "0123456789abcdef";
     auto bytes = static_cast<const unsigned char*>(Bytes());
     unsigned long long length = Length();
-    std::string hex;
-    hex.reserve(size_t(length) * 2);
+    std::string text(size_t(length) * 2 + 2, '\0');
+    text.front() = '<';
+    text.back() = '>';
     for (unsigned long long i = 0; i < length; ++i) {
-        hex.push_back(digits[bytes[i] >> 4]);
-        hex.push_back(digits[bytes[i] & 15]);
+        text[size_t(1 + 2 * i)] = digits[bytes[i] >> 4];
+        text[size_t(2 + 2 * i)] = digits[bytes[i] & 15];
     }
-    return HVString::StringWithFormat("<%@>", HVString(hex).Ref());
+    HVString result;
+    result.AssignAndTakeOwnership(CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(text.data()),
+                                                          CFIndex(text.size()), kCFStringEncodingASCII, false));
+    return result;
 }
 
 void HVData::Deserialize(const HVString& text) {
