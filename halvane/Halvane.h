@@ -6,5 +6,6 @@
 
 #include <halvane/core/HVExport.h>
 #include <halvane/core/HVLibraryVersion.h>
+#include <halvane/core/HVNull.h>
 
 #endif  // HALVANE_HALVANE_H
