@@ -7,5 +7,7 @@
 #include <halvane/core/HVExport.h>
 #include <halvane/core/HVLibraryVersion.h>
 #include <halvane/core/HVNull.h>
+#include <halvane/values/HVBool.h>
+#include <halvane/values/HVNumber.h>
 
 #endif  // HALVANE_HALVANE_H
