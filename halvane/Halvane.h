@@ -9,5 +9,6 @@
 #include <halvane/core/HVNull.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
+#include <halvane/values/HVNumericUtilities.h>
 
 #endif  // HALVANE_HALVANE_H
