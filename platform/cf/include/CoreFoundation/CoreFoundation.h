@@ -12,5 +12,6 @@
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFString.h>
 #include <CoreFoundation/CFURL.h>
+#include <CoreFoundation/CFURLAccess.h>
 
 #endif /* HALVANE_CF_COREFOUNDATION_H */
