@@ -190,6 +190,11 @@ TEST(URLPathArithmetic, AppendingPathComponents) {
     EXPECT_EQ(appending(url("http://h/p#f"), "a b#c/"), "http://h/p/a%20b%23c/#f");
     EXPECT_EQ(appending(url("http://h/p"), "x", true), "http://h/p/x/");
     EXPECT_EQ(appending(url("mailto:a@b"), "x"), "<NULL>");
+    // The new path never reads as a net location.
+    auto rootOnly = own(CFURLCreateCopyAppendingPathComponent(nullptr, url("file:/"), CFSTR("/x"), false));
+    EXPECT_EQ(urlText(rootOnly), "file:/.//x");
+    EXPECT_EQ(take(CFURLCopyNetLocation(rootOnly)), "<NULL>");
+    EXPECT_EQ(pathOf(rootOnly, kCFURLPOSIXPathStyle), "/.//x");
 
     // New URLs share the base; a file base makes the URL a file URL.
     auto base = url("file:///tmp/");
@@ -248,6 +253,7 @@ TEST(URLPathArithmetic, AppendingAndDeletingExtensions) {
         EXPECT_EQ(appendingExtension(url("file:///a/b"), invalid), "<NULL>") << invalid;
     }
     EXPECT_EQ(appendingExtension(url("mailto:a@b"), "txt"), "<NULL>");
+    EXPECT_EQ(appendingExtension(url("a"), "b:c"), "a.b%3Ac");  // stays relative, no scheme "a.b"
     auto u = url("file:///a/b");
     auto same = own(CFURLCreateCopyAppendingPathExtension(nullptr, u, CFSTR("")));
     EXPECT_EQ(same.get(), u.get());

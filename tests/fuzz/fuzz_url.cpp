@@ -59,6 +59,26 @@ void exerciseStrings(CFURLRef url) {
     (void)CFHash(url);
 }
 
+// Path arithmetic changes the path only: the result shares the base and
+// has the same scheme and net location. (Except for an empty path, where
+// ".." and extensions are glued to the net location on purpose.)
+void checkSameOrigin(CFURLRef url, CFURLRef derived) {
+    if (derived == nullptr) return;
+    if (CFURLGetBaseURL(derived) != CFURLGetBaseURL(url)) std::abort();
+    CFStringRef path = CFURLCopyPath(url);
+    bool emptyPath = path == nullptr || CFStringGetLength(path) == 0;
+    release(path);
+    if (emptyPath) return;
+    CFStringRef parts[2][2] = {{CFURLCopyScheme(url), CFURLCopyNetLocation(url)},
+                               {CFURLCopyScheme(derived), CFURLCopyNetLocation(derived)}};
+    for (int i = 0; i < 2; ++i) {
+        bool same = parts[0][i] == parts[1][i] || (parts[0][i] && parts[1][i] && CFEqual(parts[0][i], parts[1][i]));
+        if (!same) std::abort();
+        release(parts[0][i]);
+        release(parts[1][i]);
+    }
+}
+
 void exercisePaths(CFURLRef url) {
     CFURLRef results[] = {
         CFURLCopyAbsoluteURL(url),
@@ -73,6 +93,7 @@ void exercisePaths(CFURLRef url) {
     // accessors runs on the URLs made from the input, which keeps each run
     // fast enough for the fuzzer to explore.
     for (CFURLRef result : results) {
+        if (result != results[0]) checkSameOrigin(url, result);
         checkLegal(result);
         if (result != nullptr) {
             release(CFURLCopyPath(result));
@@ -111,8 +132,7 @@ void exerciseEscapes(CFStringRef text) {
 }
 
 CFURLRef fixedBase() {
-    static CFURLRef base =
-        CFURLCreateWithString(nullptr, CFSTR("http://user:pw@host:8080/a/b/c;p?q#f"), nullptr);
+    static CFURLRef base = CFURLCreateWithString(nullptr, CFSTR("http://user:pw@host:8080/a/b/c;p?q#f"), nullptr);
     return base;
 }
 

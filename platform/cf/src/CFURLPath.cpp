@@ -50,12 +50,25 @@ std::string_view pathOf(URL url) {
     return url->parts.path.in(textOf(url));
 }
 
-// A new URL like url (same base) with its path replaced.
+// A relative path whose first segment looks like "name:" would read as a
+// scheme; its colon is escaped so that the URL stays relative.
+void keepRelative(std::string& text) {
+    if (!parseURL(text).hasScheme) return;
+    size_t colon = text.find(':');
+    text.replace(colon, 1, "%3A");
+}
+
+// A new URL like url (same base) with its path replaced. The new path must
+// not change how the rest reads: without a net location, a path starting
+// with "//" is written "/.//", which resolves the same; a relative URL keeps
+// its first segment from turning into a scheme.
 CFURLRef createWithPath(CFAllocatorRef allocator, URL url, std::string_view newPath) {
     std::string_view text = textOf(url);
     std::string out(text.substr(0, url->parts.path.start));
+    if (!url->parts.hasNetLocation && newPath.starts_with("//")) out.append("/.");
     out.append(newPath);
     out.append(text.substr(url->parts.path.end()));
+    if (!url->parts.hasScheme) keepRelative(out);
     return createURLFromText(allocator, out, url->baseURL);
 }
 
@@ -67,14 +80,6 @@ std::optional<std::string> escapedPathText(std::u16string_view units) {
     std::string out;
     appendEscapedBytes(out, utf8, kPathCharacters);
     return out;
-}
-
-// A relative path whose first segment looks like "name:" would read as a
-// scheme; its colon is escaped so that the URL stays relative.
-void keepRelative(std::string& text) {
-    if (!parseURL(text).hasScheme) return;
-    size_t colon = text.find(':');
-    text.replace(colon, 1, "%3A");
 }
 
 std::optional<std::string> posixPathURLText(std::u16string_view path, bool isDirectory) {
