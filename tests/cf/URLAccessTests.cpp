@@ -131,6 +131,12 @@ TEST_F(URLAccess, ReadsWholeFilesAndTheirProperties) {
     EXPECT_EQ(error, 0);
     EXPECT_TRUE(read(url("FILE://" + directory_ + "/empty"), data, error));
     EXPECT_EQ(error, 0);
+
+    // Data that cannot be made is a failed read.
+    CFDataRef none = nullptr;
+    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(kCFAllocatorNull, u, &none, nullptr, nullptr, &error));
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(error, kCFURLUnknownError);
 }
 
 TEST_F(URLAccess, MissingFilesDirectoriesAndOtherSchemesFail) {

@@ -343,6 +343,10 @@ Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef alloc, CFURLRef 
         }
         if (resourceData != nullptr) {
             *resourceData = CFDataCreate(alloc, reinterpret_cast<const UInt8*>(bytes.data()), CFIndex(bytes.size()));
+            if (*resourceData == nullptr) {
+                setError(errorCode, kCFURLUnknownError);
+                return false;
+            }
         }
         if (properties != nullptr) {
             // Inline data has no file properties.
@@ -368,7 +372,8 @@ Boolean CFURLCreateDataAndPropertiesFromResource(CFAllocatorRef alloc, CFURLRef 
         if (readWholeFile(path, contents)) {
             *resourceData =
                 CFDataCreate(alloc, reinterpret_cast<const UInt8*>(contents.data()), CFIndex(contents.size()));
-        } else {
+        }
+        if (*resourceData == nullptr) {
             ok = false;
             problem = kCFURLUnknownError;
         }
