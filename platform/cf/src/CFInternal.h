@@ -81,6 +81,7 @@ extern const CFRuntimeClass kErrorClass;
 extern const CFRuntimeClass kReadStreamClass;
 extern const CFRuntimeClass kWriteStreamClass;
 extern const CFRuntimeClass kSocketClass;
+extern const CFRuntimeClass kURLClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

@@ -34,6 +34,7 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFReadStreamTypeID] = &kReadStreamClass;
     table[kCFWriteStreamTypeID] = &kWriteStreamClass;
     table[kCFSocketTypeID] = &kSocketClass;
+    table[kCFURLTypeID] = &kURLClass;
     return table;
 }();
 

@@ -18,8 +18,11 @@ namespace halvane::detail {
 
 namespace {
 
+// An array rather than a cast literal: clang accepts no reinterpret_cast in a
+// constant initializer.
+constexpr uint8_t kNoBytes[1] = {0};
 constinit __CFString sharedEmptyString = {immortalHeader(kCFStringTypeID, kStringASCII | kStringNulTerminated), 0,
-                                          {.ascii = reinterpret_cast<const uint8_t*>("")}, 0, nullptr};
+                                          {.ascii = kNoBytes}, 0, nullptr};
 
 bool usesDefaultAllocator(CFAllocatorRef allocator) {
     return allocator == nullptr || allocator == kCFAllocatorSystemDefault;

@@ -13,5 +13,7 @@
 #include <CoreFoundation/CFSocket.h>
 #include <CoreFoundation/CFStream.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFURL.h>
+#include <CoreFoundation/CFURLAccess.h>
 
 #endif /* HALVANE_CF_COREFOUNDATION_H */
