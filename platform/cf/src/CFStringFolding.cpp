@@ -1,0 +1,206 @@
+// The transformations behind the comparison flags, for whole texts
+// (comparison) and segment by segment (searching).
+#include "CFStringFolding.h"
+
+#include <unicode/uchar.h>
+#include <unicode/ustring.h>
+#include <unicode/utf16.h>
+
+#include <array>
+#include <memory>
+
+namespace halvane::detail {
+
+namespace {
+
+// Runs an ICU string transformation into a new buffer, growing it when
+// the first guess is short.
+template <typename Transform>
+std::u16string transformed(const std::u16string& text, Transform transform) {
+    std::u16string out(text.size() * 2 + 8, u'\0');
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = transform(text.data(), int32_t(text.size()), out.data(), int32_t(out.size()), &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+        out.assign(size_t(length), u'\0');
+        status = U_ZERO_ERROR;
+        length = transform(text.data(), int32_t(text.size()), out.data(), int32_t(out.size()), &status);
+    }
+    if (U_FAILURE(status)) return text;
+    out.resize(size_t(length));
+    return out;
+}
+
+bool isWidthForm(UChar32 c) { return c == 0x3000 || (c >= 0xFF00 && c <= 0xFFEF); }
+
+// The full case folding of every BMP code point that folds to exactly one
+// unit; 0 where it folds to more (ß, ligatures, ...). Searching looks every
+// unit up, so the table saves an ICU call per unit of text.
+const UniChar* bmpCaseFolding() {
+    static const std::unique_ptr<UniChar[]> table = [] {
+        auto folding = std::make_unique<UniChar[]>(0x10000);
+        for (UChar32 c = 0; c < 0x10000; ++c) {
+            if (U16_IS_SURROGATE(c)) {
+                folding[size_t(c)] = UniChar(c);
+                continue;
+            }
+            UChar source = UChar(c), folded[4];
+            UErrorCode status = U_ZERO_ERROR;
+            int32_t length = u_strFoldCase(folded, 4, &source, 1, U_FOLD_CASE_DEFAULT, &status);
+            folding[size_t(c)] = (U_SUCCESS(status) && length == 1) ? UniChar(folded[0]) : UniChar(0);
+        }
+        return folding;
+    }();
+    return table.get();
+}
+
+void appendCaseFolded(UChar32 c, std::u16string& out) {
+    if (c <= 0xFFFF) {
+        UniChar folded = bmpCaseFolding()[c];
+        if (folded != 0 || c == 0) {
+            out.push_back(folded);
+            return;
+        }
+    }
+    UChar source[2], folded[8];
+    int32_t sourceLength = 0;
+    U16_APPEND_UNSAFE(source, sourceLength, c);
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = u_strFoldCase(folded, 8, source, sourceLength, U_FOLD_CASE_DEFAULT, &status);
+    if (U_SUCCESS(status)) {
+        out.append(folded, size_t(length));
+    } else {
+        out.append(source, size_t(sourceLength));
+    }
+}
+
+bool hasCanonicalDecomposition(UChar32 c) {
+    UChar mapping[8];
+    UErrorCode status = U_ZERO_ERROR;
+    return unorm2_getRawDecomposition(nfd(), c, mapping, 8, &status) >= 0;
+}
+
+}  // namespace
+
+const UNormalizer2* nfd() {
+    UErrorCode status = U_ZERO_ERROR;
+    return unorm2_getNFDInstance(&status);
+}
+
+const UNormalizer2* nfc() {
+    UErrorCode status = U_ZERO_ERROR;
+    return unorm2_getNFCInstance(&status);
+}
+
+std::u16string caseFolded(const std::u16string& text) {
+    return transformed(text,
+                       [](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity, UErrorCode* status) {
+                           return u_strFoldCase(dest, capacity, src, srcLength, U_FOLD_CASE_DEFAULT, status);
+                       });
+}
+
+std::u16string normalized(const std::u16string& text, const UNormalizer2* normalizer) {
+    return transformed(
+        text, [normalizer](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity, UErrorCode* status) {
+            return unorm2_normalize(normalizer, src, srcLength, dest, capacity, status);
+        });
+}
+
+std::u16string widthFolded(const std::u16string& text) {
+    UErrorCode status = U_ZERO_ERROR;
+    const UNormalizer2* nfkc = unorm2_getNFKCInstance(&status);
+    std::u16string out;
+    out.reserve(text.size());
+    bool producedMarks = false;
+    for (char16_t c : text) {
+        if (isWidthForm(c)) {
+            UChar mapping[8];
+            status = U_ZERO_ERROR;
+            int32_t length = unorm2_getDecomposition(nfkc, c, mapping, 8, &status);
+            if (U_SUCCESS(status) && length > 0) {
+                for (int32_t k = 0; k < length; ++k) producedMarks |= u_getCombiningClass(mapping[k]) != 0;
+                out.append(mapping, size_t(length));
+                continue;
+            }
+        }
+        out.push_back(c);
+    }
+    return producedMarks ? normalized(out, nfc()) : out;
+}
+
+std::u16string withoutNonspacingMarks(const std::u16string& text) {
+    std::u16string out;
+    out.reserve(text.size());
+    for (int32_t i = 0, length = int32_t(text.size()); i < length;) {
+        int32_t start = i;
+        UChar32 c;
+        U16_NEXT(text.data(), i, length, c);
+        if (u_charType(c) != U_NON_SPACING_MARK) out.append(text, size_t(start), size_t(i - start));
+    }
+    return out;
+}
+
+std::u16string comparableText(std::u16string text, CFStringCompareFlags options) {
+    bool decomposes = (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive)) != 0;
+    if (options & kCFCompareWidthInsensitive) text = widthFolded(text);
+    if (options & kCFCompareCaseInsensitive) {
+        // Canonical caseless matching: decompose, fold, decompose again.
+        if (decomposes) text = normalized(text, nfd());
+        text = caseFolded(text);
+    }
+    if (decomposes) text = normalized(text, nfd());
+    if (options & kCFCompareDiacriticInsensitive) text = withoutNonspacingMarks(text);
+    return text;
+}
+
+bool startsComparableSegment(UChar32 c, CFStringCompareFlags options) {
+    bool decomposes = (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive)) != 0;
+    bool width = (options & kCFCompareWidthInsensitive) != 0;
+    // Below U+0300 nothing combines with what precedes it.
+    if ((!decomposes && !width) || c < 0x300) return true;
+    if (width && isWidthForm(c)) {
+        // A half-width sound mark becomes a combining mark: it belongs to
+        // the kana before it.
+        UErrorCode status = U_ZERO_ERROR;
+        UChar mapping[8];
+        int32_t length = unorm2_getDecomposition(unorm2_getNFKCInstance(&status), c, mapping, 8, &status);
+        if (U_SUCCESS(status) && length > 0) {
+            int32_t i = 0;
+            U16_NEXT(mapping, i, length, c);
+        }
+    } else if (!decomposes) {
+        return true;
+    }
+    return unorm2_hasBoundaryBefore(nfd(), c);
+}
+
+void appendComparable(const UniChar* units, size_t length, CFStringCompareFlags options, std::u16string& out) {
+    bool caseInsensitive = (options & kCFCompareCaseInsensitive) != 0;
+    if (length == 1 && units[0] < 0x80) {
+        out.push_back(caseInsensitive ? lowercasedASCII(units[0]) : units[0]);
+        return;
+    }
+    // A segment of one code point that no flag but case-insensitivity
+    // changes: fold it without ICU's string functions.
+    UChar32 c = units[0];
+    bool single = length == 1 || (length == 2 && U16_IS_LEAD(units[0]) && U16_IS_TRAIL(units[1]));
+    if (single && length == 2) c = U16_GET_SUPPLEMENTARY(units[0], units[1]);
+    bool decomposes = (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive)) != 0;
+    bool width = (options & kCFCompareWidthInsensitive) != 0;
+    if (single && !(width && isWidthForm(c)) && !(decomposes && hasCanonicalDecomposition(c))) {
+        if ((options & kCFCompareDiacriticInsensitive) && u_charType(c) == U_NON_SPACING_MARK) return;
+        if (!caseInsensitive) {
+            out.append(units, length);
+            return;
+        }
+        size_t start = out.size();
+        appendCaseFolded(c, out);
+        // Folding may produce a character that decomposes (canonical
+        // caseless matching decomposes again): rare, so redo it in full.
+        bool unchanged = out.size() - start == length && out.compare(start, length, units, length) == 0;
+        if (!decomposes || unchanged) return;
+        out.resize(start);
+    }
+    out += comparableText(std::u16string(units, length), options);
+}
+
+}  // namespace halvane::detail
