@@ -17,8 +17,11 @@ namespace halvane::detail {
 
 namespace {
 
+// A byte array rather than a cast string literal: a reinterpret_cast is not
+// a constant expression, and clang holds constinit to that.
+constinit const uint8_t emptyStringBytes[1] = {0};
 constinit __CFString sharedEmptyString = {immortalHeader(kCFStringTypeID, kStringASCII | kStringNulTerminated), 0,
-                                          {.ascii = reinterpret_cast<const uint8_t*>("")}, 0, nullptr};
+                                          {.ascii = emptyStringBytes}, 0, nullptr};
 
 bool usesDefaultAllocator(CFAllocatorRef allocator) {
     return allocator == nullptr || allocator == kCFAllocatorSystemDefault;
