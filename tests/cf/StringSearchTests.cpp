@@ -204,6 +204,15 @@ TEST(StringFindNonliteral, DiacriticAndWidthInsensitive) {
     EXPECT_EQ(find(u"naïve", u"NAIVE", kDiacritics), kNone);
     // A needle of marks alone has nothing left to find.
     EXPECT_EQ(find(u"e\u0301", u"\u0301", kDiacritics), kNone);
+    // Marks the range starts with belong to a match at its start.
+    EXPECT_EQ(findIn(u"e\u0301x", u"x", CFRangeMake(1, 2), kDiacritics), at(1, 2));
+    EXPECT_EQ(findIn(u"e\u0301x", u"x", CFRangeMake(1, 2), kDiacritics | kAnchored), at(1, 2));
+    // The same letter under different flags, one after the other.
+    EXPECT_EQ(find(u"café", u"cafe", kDiacritics), at(0, 4));
+    EXPECT_EQ(find(u"café", u"cafe", kCFCompareNonliteral), kNone);
+    EXPECT_EQ(find(u"café", u"CAFÉ", kCI), at(0, 4));
+    EXPECT_EQ(find(u"café", u"CAFE", kCI | kDiacritics), at(0, 4));
+    EXPECT_EQ(find(u"café", u"cafe", kDiacritics), at(0, 4));
 
     EXPECT_EQ(find(u"ＡＢＣ", u"ABC", kWidth), at(0, 3));
     EXPECT_EQ(find(u"xABCx", u"ＡＢＣ", kWidth), at(1, 3));

@@ -7,6 +7,7 @@
 #include <unicode/utf16.h>
 
 #include <array>
+#include <iterator>
 #include <memory>
 
 namespace halvane::detail {
@@ -32,10 +33,9 @@ std::u16string transformed(const std::u16string& text, Transform transform) {
 
 bool isWidthForm(UChar32 c) { return c == 0x3000 || (c >= 0xFF00 && c <= 0xFFEF); }
 
-// The full case folding of every BMP code point that folds to exactly one
-// unit; 0 where it folds to more (ß, ligatures, ...). Searching looks every
-// unit up, so the table saves an ICU call per unit of text.
-const UniChar* bmpCaseFolding() {
+}  // namespace
+
+const UniChar* singleUnitCaseFoldings() {
     static const std::unique_ptr<UniChar[]> table = [] {
         auto folding = std::make_unique<UniChar[]>(0x10000);
         for (UChar32 c = 0; c < 0x10000; ++c) {
@@ -53,30 +53,85 @@ const UniChar* bmpCaseFolding() {
     return table.get();
 }
 
-void appendCaseFolded(UChar32 c, std::u16string& out) {
+size_t caseFoldCodePoint(UChar32 c, UniChar* out) {
     if (c <= 0xFFFF) {
-        UniChar folded = bmpCaseFolding()[c];
+        UniChar folded = singleUnitCaseFoldings()[c];
         if (folded != 0 || c == 0) {
-            out.push_back(folded);
-            return;
+            out[0] = folded;
+            return 1;
         }
     }
-    UChar source[2], folded[8];
+    UChar source[2];
     int32_t sourceLength = 0;
     U16_APPEND_UNSAFE(source, sourceLength, c);
     UErrorCode status = U_ZERO_ERROR;
-    int32_t length = u_strFoldCase(folded, 8, source, sourceLength, U_FOLD_CASE_DEFAULT, &status);
-    if (U_SUCCESS(status)) {
-        out.append(folded, size_t(length));
-    } else {
-        out.append(source, size_t(sourceLength));
-    }
+    int32_t length = u_strFoldCase(out, kMaximumCaseFoldingLength, source, sourceLength, U_FOLD_CASE_DEFAULT, &status);
+    if (U_SUCCESS(status) && length > 0) return size_t(length);
+    std::copy(source, source + sourceLength, out);
+    return size_t(sourceLength);
 }
+
+namespace {
 
 bool hasCanonicalDecomposition(UChar32 c) {
     UChar mapping[8];
     UErrorCode status = U_ZERO_ERROR;
     return unorm2_getRawDecomposition(nfd(), c, mapping, 8, &status) >= 0;
+}
+
+// comparableText of one code point (not a width form) with a decomposition
+// into a local buffer and the folding table instead of ICU's string
+// functions. Returns false, having appended nothing, for the rare cases
+// that need the general path: foldings into several units, and foldings
+// that change combining classes or produce decomposable characters (the
+// text would have to be reordered or decomposed again).
+bool appendComparableCodePoint(UChar32 c, CFStringCompareFlags options, std::u16string& out) {
+    bool caseInsensitive = (options & kCFCompareCaseInsensitive) != 0;
+    bool decomposes = (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive)) != 0;
+    bool withoutMarks = (options & kCFCompareDiacriticInsensitive) != 0;
+    UChar32 sequence[8];
+    int count = 0;
+    UChar decomposition[16];
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = decomposes ? unorm2_getDecomposition(nfd(), c, decomposition, 16, &status) : -1;
+    if (U_FAILURE(status)) return false;
+    if (length < 0) {
+        sequence[count++] = c;
+    } else {
+        for (int32_t i = 0; i < length;) {
+            if (count == int(std::size(sequence))) return false;
+            U16_NEXT(decomposition, i, length, sequence[count]);
+            ++count;
+        }
+    }
+    size_t start = out.size();
+    for (int k = 0; k < count; ++k) {
+        UChar32 d = sequence[k];
+        if (withoutMarks && u_charType(d) == U_NON_SPACING_MARK) continue;
+        if (!caseInsensitive) {
+            UChar encoded[2];
+            int32_t units = 0;
+            U16_APPEND_UNSAFE(encoded, units, d);
+            out.append(encoded, size_t(units));
+            continue;
+        }
+        UniChar folded[kMaximumCaseFoldingLength];
+        size_t foldedLength = caseFoldCodePoint(d, folded);
+        bool unchanged = foldedLength == 1 && folded[0] == d;
+        if (decomposes && !unchanged) {
+            bool fallBack = u_getCombiningClass(d) != 0;
+            for (size_t f = 0; f < foldedLength && !fallBack; ++f) {
+                fallBack = U16_IS_SURROGATE(folded[f]) || u_getCombiningClass(folded[f]) != 0 ||
+                           hasCanonicalDecomposition(folded[f]);
+            }
+            if (fallBack) {
+                out.resize(start);
+                return false;
+            }
+        }
+        out.append(folded, foldedLength);
+    }
+    return true;
 }
 
 }  // namespace
@@ -173,32 +228,59 @@ bool startsComparableSegment(UChar32 c, CFStringCompareFlags options) {
     return unorm2_hasBoundaryBefore(nfd(), c);
 }
 
+namespace {
+
+// The comparable form of one BMP code point (not a surrogate), remembered
+// per thread: text repeats its few accented letters over and over, and
+// each costs several ICU calls otherwise.
+void appendComparableUnit(UniChar unit, CFStringCompareFlags options, std::u16string& out) {
+    constexpr CFStringCompareFlags kRelevant = kCFCompareCaseInsensitive | kCFCompareNonliteral |
+                                               kCFCompareDiacriticInsensitive | kCFCompareWidthInsensitive;
+    struct Entry {
+        UniChar unit = 0;
+        uint16_t options = 0xFFFF;  // matches no real options: the entry is empty
+        uint8_t length = 0;
+        UniChar result[7];
+    };
+    constexpr size_t kEntries = 512;
+    thread_local Entry cache[kEntries];
+    options &= kRelevant;
+    Entry& entry = cache[(unit ^ (unit >> 9) ^ (options << 3)) % kEntries];
+    if (entry.unit == unit && entry.options == options) {
+        out.append(entry.result, entry.length);
+        return;
+    }
+    size_t start = out.size();
+    bool widthForm = (options & kCFCompareWidthInsensitive) && isWidthForm(unit);
+    if (widthForm || !appendComparableCodePoint(unit, options, out)) {
+        out += comparableText(std::u16string(1, unit), options);
+    }
+    size_t length = out.size() - start;
+    if (length <= std::size(entry.result)) {
+        entry.unit = unit;
+        entry.options = uint16_t(options);
+        entry.length = uint8_t(length);
+        std::copy(out.begin() + ptrdiff_t(start), out.end(), entry.result);
+    }
+}
+
+}  // namespace
+
 void appendComparable(const UniChar* units, size_t length, CFStringCompareFlags options, std::u16string& out) {
     bool caseInsensitive = (options & kCFCompareCaseInsensitive) != 0;
     if (length == 1 && units[0] < 0x80) {
         out.push_back(caseInsensitive ? lowercasedASCII(units[0]) : units[0]);
         return;
     }
-    // A segment of one code point that no flag but case-insensitivity
-    // changes: fold it without ICU's string functions.
-    UChar32 c = units[0];
-    bool single = length == 1 || (length == 2 && U16_IS_LEAD(units[0]) && U16_IS_TRAIL(units[1]));
-    if (single && length == 2) c = U16_GET_SUPPLEMENTARY(units[0], units[1]);
-    bool decomposes = (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive)) != 0;
-    bool width = (options & kCFCompareWidthInsensitive) != 0;
-    if (single && !(width && isWidthForm(c)) && !(decomposes && hasCanonicalDecomposition(c))) {
-        if ((options & kCFCompareDiacriticInsensitive) && u_charType(c) == U_NON_SPACING_MARK) return;
-        if (!caseInsensitive) {
-            out.append(units, length);
-            return;
-        }
-        size_t start = out.size();
-        appendCaseFolded(c, out);
-        // Folding may produce a character that decomposes (canonical
-        // caseless matching decomposes again): rare, so redo it in full.
-        bool unchanged = out.size() - start == length && out.compare(start, length, units, length) == 0;
-        if (!decomposes || unchanged) return;
-        out.resize(start);
+    if (length == 1 && !U16_IS_SURROGATE(units[0])) {
+        appendComparableUnit(units[0], options, out);
+        return;
+    }
+    bool single = length == 2 && U16_IS_LEAD(units[0]) && U16_IS_TRAIL(units[1]);
+    if (single) {
+        UChar32 c = U16_GET_SUPPLEMENTARY(units[0], units[1]);
+        bool widthForm = (options & kCFCompareWidthInsensitive) && isWidthForm(c);
+        if (!widthForm && appendComparableCodePoint(c, options, out)) return;
     }
     out += comparableText(std::u16string(units, length), options);
 }

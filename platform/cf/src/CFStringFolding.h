@@ -35,6 +35,15 @@ std::u16string withoutNonspacingMarks(const std::u16string& text);
 // equal under those flags exactly when the results have equal units.
 std::u16string comparableText(std::u16string text, CFStringCompareFlags options);
 
+// The full default case folding of every BMP code point (65536 entries),
+// 0 where a code point folds to more than one unit (ß, ligatures, ...);
+// surrogates map to themselves. Built on first use.
+const UniChar* singleUnitCaseFoldings();
+// The full default case folding of c into out (room for
+// kMaximumCaseFoldingLength units); returns the number of units.
+inline constexpr size_t kMaximumCaseFoldingLength = 4;
+size_t caseFoldCodePoint(UChar32 c, UniChar* out);
+
 // The same transformation, piece by piece, for searching: a text is cut
 // into segments, each starting at a code point for which
 // startsComparableSegment is true, and the comparable form of the text is

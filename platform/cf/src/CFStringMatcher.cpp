@@ -15,6 +15,7 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -131,27 +132,88 @@ bool isASCIIText(CFStringRef s, CFIndex location, CFIndex length) {
     return isASCIIString(s) || allASCII(s->contents.units + location, length);
 }
 
-// The comparable form of a text, and where its segments start.
+// The comparable form of a text, and where its segments start. The buffers
+// only grow (they are reused from search to search); length says how much
+// of them is in use. Origin is int32_t for every text of everyday size (it
+// halves the memory written per unit) and CFIndex beyond.
+template <typename Origin>
 struct ComparableText {
-    std::u16string units;
-    // For each position 0 to units.size(): the index in the original text
-    // of the segment boundary that falls there (the first, when segments
-    // that vanish put several there), or -1 inside a segment.
-    std::vector<CFIndex> origins;
+    std::vector<UniChar> units;
+    // For each position 0 to length: the offset in the original text, from
+    // the start of what was transformed, of the segment boundary that falls
+    // there (the first, when segments that vanish put several there), or -1
+    // inside a segment.
+    std::vector<Origin> origins;
+    size_t length = 0;
 
-    void clear() {
-        units.clear();
-        origins.clear();
+    // Room for at least count units (and count + 1 origins).
+    void reserveTotal(size_t count) {
+        if (units.size() >= count) return;
+        count = std::max(count, units.size() * 2);
+        units.resize(count);
+        origins.resize(count + 1);
     }
 };
 
-template <typename Unit>
-void makeComparable(const Unit* text, CFIndex begin, CFIndex end, CFStringCompareFlags options, ComparableText& out) {
-    out.clear();
-    out.units.reserve(size_t(end - begin));
-    out.origins.reserve(size_t(end - begin) + 1);
+template <typename Unit, typename Origin>
+void makeComparable(const Unit* text, CFIndex begin, CFIndex end, CFStringCompareFlags options,
+                    ComparableText<Origin>& out) {
+    out.reserveTotal(size_t(end - begin) + 16);
+    UniChar* units = out.units.data();
+    Origin* origins = out.origins.data();
+    size_t capacity = out.units.size();
+    auto reserve = [&](size_t count) {
+        out.reserveTotal(count);
+        units = out.units.data();
+        origins = out.origins.data();
+        capacity = out.units.size();
+    };
+    size_t n = 0;
+    CFIndex pending = -1;  // the start of a segment that vanished: the boundary at n
+    std::u16string comparable;
     UniChar segment[64];
+    const bool caseInsensitive = (options & kCFCompareCaseInsensitive) != 0;
+    const bool perCodePoint =
+        (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive | kCFCompareWidthInsensitive)) == 0;
+    const UniChar* folding = caseInsensitive && perCodePoint ? singleUnitCaseFoldings() : nullptr;
     for (CFIndex i = begin; i < end;) {
+        // The common cases in a tight loop: ASCII not followed by anything
+        // that could combine with it, and units that fold to one unit.
+        size_t first = n;
+        while (i < end) {
+            if (n == capacity) reserve(n + 1);
+            UniChar unit = UniChar(text[i]), value;
+            if (unit < 0x80) {
+                if (!perCodePoint && i + 1 < end && UniChar(text[i + 1]) >= 0x300) break;
+                value = caseInsensitive ? lowercasedASCII(unit) : unit;
+            } else if (folding != nullptr && !U16_IS_SURROGATE(unit)) {
+                value = folding[unit];
+                if (value == 0) {
+                    // Folds into several units (ß, ligatures): one segment.
+                    UniChar folded[kMaximumCaseFoldingLength];
+                    size_t count = caseFoldCodePoint(unit, folded);
+                    if (n + count > capacity) reserve(n + count);
+                    for (size_t k = 0; k < count; ++k) {
+                        origins[n + k] = k == 0 ? Origin(i - begin) : Origin(-1);
+                        units[n + k] = folded[k];
+                    }
+                    n += count;
+                    ++i;
+                    continue;
+                }
+            } else {
+                break;
+            }
+            origins[n] = Origin(i - begin);
+            units[n++] = value;
+            ++i;
+        }
+        if (n > first && pending >= 0) {
+            origins[first] = Origin(pending - begin);
+            pending = -1;
+        }
+        if (i >= end) break;
+
         CFIndex segmentStart = i;
         // A segment is one code point and whatever may not be separated
         // from it; a lone surrogate is a code point of its own.
@@ -166,26 +228,38 @@ void makeComparable(const Unit* text, CFIndex begin, CFIndex end, CFStringCompar
                                     ? U16_GET_SUPPLEMENTARY(text[i], text[i + 1])
                                     : UChar32(text[i]),
                                 options));
-        if (out.origins.size() == out.units.size()) out.origins.push_back(segmentStart);
+        comparable.clear();
         CFIndex segmentLength = i - segmentStart;
         if (segmentLength <= CFIndex(std::size(segment))) {
             for (CFIndex k = 0; k < segmentLength; ++k) segment[k] = UniChar(text[segmentStart + k]);
-            appendComparable(segment, size_t(segmentLength), options, out.units);
+            appendComparable(segment, size_t(segmentLength), options, comparable);
         } else {
             std::u16string longSegment(text + segmentStart, text + i);
-            appendComparable(longSegment.data(), longSegment.size(), options, out.units);
+            appendComparable(longSegment.data(), longSegment.size(), options, comparable);
         }
-        out.origins.resize(std::max(out.origins.size(), out.units.size()), -1);
+        CFIndex origin = pending >= 0 ? pending : segmentStart;
+        if (comparable.empty()) {
+            pending = origin;
+            continue;
+        }
+        reserve(n + comparable.size());
+        for (size_t k = 0; k < comparable.size(); ++k) {
+            units[n + k] = comparable[k];
+            origins[n + k] = k == 0 ? Origin(origin - begin) : Origin(-1);
+        }
+        n += comparable.size();
+        pending = -1;
     }
-    if (out.origins.size() == out.units.size()) out.origins.push_back(end);
+    origins[n] = Origin((pending >= 0 ? pending : end) - begin);
+    out.length = n;
 }
 
 // Per-thread buffers for the comparable forms, so that repeated searches
 // do not allocate. A search made while another is running on the same
 // thread (from a visitor) gets buffers of its own.
 struct Scratch {
-    ComparableText haystack;
-    ComparableText needle;
+    ComparableText<int32_t> haystack;
+    ComparableText<int32_t> needle;
     bool inUse = false;
 };
 
@@ -205,7 +279,7 @@ public:
         scratch_->inUse = false;
         // Do not keep the memory of a huge search for the life of the thread.
         constexpr size_t kKeptUnits = size_t(1) << 20;
-        if (scratch_->haystack.units.capacity() > kKeptUnits) scratch_->haystack = ComparableText();
+        if (scratch_->haystack.units.size() > kKeptUnits) scratch_->haystack = ComparableText<int32_t>();
     }
     Scratch& operator*() const { return *scratch_; }
 
@@ -214,43 +288,43 @@ private:
     std::unique_ptr<Scratch> own_;
 };
 
+template <typename Origin>
 void visitComparableMatches(CFStringRef s, CFRange range, CFStringRef needle, CFStringCompareFlags options,
+                            ComparableText<Origin>& needleText, ComparableText<Origin>& haystackText,
                             FunctionRef<bool(CFRange)> visit) {
-    ScratchLease lease;
-    Scratch& scratch = *lease;
-    withUnits(needle, [&](auto* units, CFIndex length) {
-        makeComparable(units, 0, length, options, scratch.needle);
-    });
+    withUnits(needle, [&](auto* units, CFIndex length) { makeComparable(units, 0, length, options, needleText); });
     withUnits(s, [&](auto* units, CFIndex) {
-        makeComparable(units, range.location, range.location + range.length, options, scratch.haystack);
+        makeComparable(units, range.location, range.location + range.length, options, haystackText);
     });
-    const std::u16string& n = scratch.needle.units;
-    const std::u16string& h = scratch.haystack.units;
-    const std::vector<CFIndex>& origins = scratch.haystack.origins;
-    const CFIndex length = CFIndex(n.size());
-    const CFIndex end = CFIndex(h.size());
+    const UniChar* n = needleText.units.data();
+    const UniChar* h = haystackText.units.data();
+    const Origin* origins = haystackText.origins.data();
+    const CFIndex length = CFIndex(needleText.length);
+    const CFIndex end = CFIndex(haystackText.length);
     if (length == 0 || length > end) return;
     bool checksClusters = (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive)) != 0;
     // A hit at p: its range in the original text, or {kCFNotFound, 0} when
     // it cuts a segment or (with the flags that look through marks) a
     // grapheme cluster.
     auto rangeOfHit = [&](CFIndex p) {
-        CFIndex first = origins[size_t(p)], last = origins[size_t(p + length)];
-        if (first < 0 || last < 0 || (checksClusters && !isGraphemeBoundary(s, last))) return CFRange{kCFNotFound, 0};
-        return CFRange{first, last - first};
+        Origin first = origins[p], last = origins[p + length];
+        if (first < 0 || last < 0 || (checksClusters && !isGraphemeBoundary(s, range.location + last))) {
+            return CFRange{kCFNotFound, 0};
+        }
+        return CFRange{range.location + first, CFIndex(last) - CFIndex(first)};
     };
     bool backwards = (options & kCFCompareBackwards) != 0;
     if (options & kCFCompareAnchored) {
         CFIndex p = backwards ? end - length : 0;
-        if (h.compare(size_t(p), size_t(length), n) != 0) return;
+        if (!std::equal(n, n + length, h + p)) return;
         CFRange found = rangeOfHit(p);
         if (found.location != kCFNotFound) visit(found);
         return;
     }
-    Horspool<char16_t, Identity> searcher(n.data(), length, backwards, Identity());
+    Horspool<UniChar, Identity> searcher(n, length, backwards, Identity());
     if (!backwards) {
         for (CFIndex from = 0;;) {
-            CFIndex p = searcher.next(h.data(), from, end);
+            CFIndex p = searcher.next(h, from, end);
             if (p < 0) return;
             CFRange found = rangeOfHit(p);
             if (found.location == kCFNotFound) {
@@ -262,7 +336,7 @@ void visitComparableMatches(CFStringRef s, CFRange range, CFStringRef needle, CF
         }
     }
     for (CFIndex to = end;;) {
-        CFIndex p = searcher.previous(h.data(), 0, to);
+        CFIndex p = searcher.previous(h, 0, to);
         if (p < 0) return;
         CFRange found = rangeOfHit(p);
         if (found.location == kCFNotFound) {
@@ -271,6 +345,17 @@ void visitComparableMatches(CFStringRef s, CFRange range, CFStringRef needle, CF
         }
         if (!visit(found)) return;
         to = p;
+    }
+}
+
+void visitComparableMatches(CFStringRef s, CFRange range, CFStringRef needle, CFStringCompareFlags options,
+                            FunctionRef<bool(CFRange)> visit) {
+    if (range.length < INT32_MAX && needle->length < INT32_MAX) {
+        ScratchLease lease;
+        visitComparableMatches(s, range, needle, options, (*lease).needle, (*lease).haystack, visit);
+    } else {
+        ComparableText<CFIndex> needleText, haystackText;
+        visitComparableMatches(s, range, needle, options, needleText, haystackText, visit);
     }
 }
 
