@@ -207,6 +207,10 @@ TEST(StringFindNonliteral, DiacriticAndWidthInsensitive) {
     // Marks the range starts with belong to a match at its start.
     EXPECT_EQ(findIn(u"e\u0301x", u"x", CFRangeMake(1, 2), kDiacritics), at(1, 2));
     EXPECT_EQ(findIn(u"e\u0301x", u"x", CFRangeMake(1, 2), kDiacritics | kAnchored), at(1, 2));
+    // Marks are dropped after case folding: U+0345 folds to a letter (iota).
+    EXPECT_EQ(find(u"\u0345EE", u"ee", kDiacritics | kCI), at(1, 2));
+    EXPECT_EQ(find(u"\u0345EE", u"ee", kDiacritics), kNone);
+    EXPECT_EQ(find(u"\u0345ee", u"ee", kDiacritics), at(0, 3));
     // The same letter under different flags, one after the other.
     EXPECT_EQ(find(u"café", u"cafe", kDiacritics), at(0, 4));
     EXPECT_EQ(find(u"café", u"cafe", kCFCompareNonliteral), kNone);

@@ -107,29 +107,33 @@ bool appendComparableCodePoint(UChar32 c, CFStringCompareFlags options, std::u16
     size_t start = out.size();
     for (int k = 0; k < count; ++k) {
         UChar32 d = sequence[k];
-        if (withoutMarks && u_charType(d) == U_NON_SPACING_MARK) continue;
-        if (!caseInsensitive) {
-            UChar encoded[2];
-            int32_t units = 0;
-            U16_APPEND_UNSAFE(encoded, units, d);
-            out.append(encoded, size_t(units));
-            continue;
-        }
         UniChar folded[kMaximumCaseFoldingLength];
-        size_t foldedLength = caseFoldCodePoint(d, folded);
-        bool unchanged = foldedLength == 1 && folded[0] == d;
-        if (decomposes && !unchanged) {
-            bool fallBack = u_getCombiningClass(d) != 0;
-            for (size_t f = 0; f < foldedLength && !fallBack; ++f) {
-                fallBack = U16_IS_SURROGATE(folded[f]) || u_getCombiningClass(folded[f]) != 0 ||
-                           hasCanonicalDecomposition(folded[f]);
+        int32_t foldedLength = 0;
+        if (caseInsensitive) {
+            foldedLength = int32_t(caseFoldCodePoint(d, folded));
+            bool unchanged = foldedLength == 1 && folded[0] == d;
+            if (decomposes && !unchanged) {
+                bool fallBack = u_getCombiningClass(d) != 0;
+                for (int32_t f = 0; f < foldedLength && !fallBack; ++f) {
+                    fallBack = U16_IS_SURROGATE(folded[f]) || u_getCombiningClass(folded[f]) != 0 ||
+                               hasCanonicalDecomposition(folded[f]);
+                }
+                if (fallBack) {
+                    out.resize(start);
+                    return false;
+                }
             }
-            if (fallBack) {
-                out.resize(start);
-                return false;
-            }
+        } else {
+            U16_APPEND_UNSAFE(folded, foldedLength, d);
         }
-        out.append(folded, foldedLength);
+        // Marks go after folding, as in comparableText: a mark may fold
+        // into something that is not one.
+        for (int32_t f = 0; f < foldedLength;) {
+            int32_t from = f;
+            UChar32 e;
+            U16_NEXT(folded, f, foldedLength, e);
+            if (!(withoutMarks && u_charType(e) == U_NON_SPACING_MARK)) out.append(folded + from, size_t(f - from));
+        }
     }
     return true;
 }
