@@ -41,10 +41,9 @@ constexpr const char* kAccented = "Grüße aus Köln, café crème à l'élève 
 }  // namespace
 
 BENCHMARK_CAPTURE(find, ascii_literal, kAscii, "Zebra Crossing", "Zebra Crossing", 0);
-BENCHMARK_CAPTURE(find, ascii_case_insensitive, kAscii, "Zebra Crossing", "zEBRA cROSSING",
-                  kCFCompareCaseInsensitive);
+BENCHMARK_CAPTURE(find, ascii_case_insensitive, kAscii, "Zebra Crossing", "zEBRA cROSSING", kCFCompareCaseInsensitive);
 BENCHMARK_CAPTURE(find, accented_literal, kAccented, "Straße zum Ölberg", "Straße zum Ölberg", 0);
 BENCHMARK_CAPTURE(find, accented_case_insensitive, kAccented, "Straße zum Ölberg", "STRASSE ZUM ÖLBERG",
                   kCFCompareCaseInsensitive);
-BENCHMARK_CAPTURE(find, accented_case_and_diacritic_insensitive, kAccented, "Straße zum Ölberg",
-                  "strasse zum olberg", kCFCompareCaseInsensitive | kCFCompareDiacriticInsensitive);
+BENCHMARK_CAPTURE(find, accented_case_and_diacritic_insensitive, kAccented, "Straße zum Ölberg", "strasse zum olberg",
+                  kCFCompareCaseInsensitive | kCFCompareDiacriticInsensitive);

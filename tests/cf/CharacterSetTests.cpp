@@ -13,7 +13,9 @@ using namespace cftest;
 
 namespace {
 
-CFCharacterSetRef predefined(CFCharacterSetPredefinedSet identifier) { return CFCharacterSetGetPredefined(identifier); }
+CFCharacterSetRef predefined(CFCharacterSetPredefinedSet identifier) {
+    return CFCharacterSetGetPredefined(identifier);
+}
 
 std::string description(CFTypeRef cf) {
     auto text = own(CFCopyDescription(cf));
@@ -95,9 +97,11 @@ TEST(CharacterSetPredefined, CategorySetsFollowUnicode) {
 }
 
 TEST(CharacterSetPredefined, SharedImmortalAndDescribedByName) {
-    const char* names[] = {"Control",      "Whitespace",   "WhitespaceAndNewline", "DecimalDigit", "Letter",
-                           "LowercaseLetter", "UppercaseLetter", "NonBase",          "Decomposable", "AlphaNumeric",
-                           "Punctuation",  "Illegal",      "CapitalizedLetter",    "Symbol",       "Newline"};
+    const char* names[] = {"Control",           "Whitespace",  "WhitespaceAndNewline",
+                           "DecimalDigit",      "Letter",      "LowercaseLetter",
+                           "UppercaseLetter",   "NonBase",     "Decomposable",
+                           "AlphaNumeric",      "Punctuation", "Illegal",
+                           "CapitalizedLetter", "Symbol",      "Newline"};
     for (CFCharacterSetPredefinedSet id = 1; id <= 15; ++id) {
         CFCharacterSetRef set = predefined(id);
         ASSERT_NE(set, nullptr);
@@ -264,8 +268,8 @@ TEST(CharacterSetMutation, ImmutableAndPredefinedSetsAreRefused) {
         CFCharacterSetUnion((CFMutableCharacterSetRef)whitespace, abc);
     });
     EXPECT_EQ(lineCount(reports), 4);
-    EXPECT_EQ(occurrences(reports, "CFCharacterSet: CFCharacterSetAddCharactersInString(): Expect mutable character set"),
-              1);
+    EXPECT_EQ(
+        occurrences(reports, "CFCharacterSet: CFCharacterSetAddCharactersInString(): Expect mutable character set"), 1);
     EXPECT_EQ(occurrences(reports, "predefined sets never change"), 2);
     EXPECT_EQ(asciiMembers(abc), "abc");
     EXPECT_EQ(description(abc), "<CFCharacterSet Items(U+0061 U+0062 U+0063)>");
@@ -279,8 +283,9 @@ TEST(CharacterSetMutation, ImmutableAndPredefinedSetsAreRefused) {
 }
 
 TEST(CharacterSetEquality, ByMembershipWithMatchingHashes) {
-    std::u16string whitespaceText = u"\t \u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009"
-                                    u"\u200A\u200B\u202F\u205F\u3000";
+    std::u16string whitespaceText =
+        u"\t \u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009"
+        u"\u200A\u200B\u202F\u205F\u3000";
     auto built = setOf(whitespaceText);
     CFCharacterSetRef whitespace = predefined(kCFCharacterSetWhitespace);
     EXPECT_TRUE(CFEqual(built, whitespace));

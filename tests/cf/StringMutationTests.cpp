@@ -196,17 +196,15 @@ TEST(StringChanges, FindAndReplace) {
     EXPECT_EQ(units(s), u"abc+=");
 
     auto greeting = mutableString(u"Hello hello HELLO");
-    EXPECT_EQ(CFStringFindAndReplace(greeting, CFSTR("hello"), CFSTR("bye"), CFRangeMake(0, 17),
-                                     kCFCompareCaseInsensitive),
-              3);
+    EXPECT_EQ(
+        CFStringFindAndReplace(greeting, CFSTR("hello"), CFSTR("bye"), CFRangeMake(0, 17), kCFCompareCaseInsensitive),
+        3);
     EXPECT_EQ(units(greeting), u"bye bye bye");
     EXPECT_EQ(CFStringFindAndReplace(greeting, CFSTR("bye"), CFSTR("hi"), CFRangeMake(0, 11), kCFCompareAnchored), 1);
     EXPECT_EQ(CFStringFindAndReplace(greeting, CFSTR("bye"), CFSTR("ho"), CFRangeMake(0, 9),
                                      kCFCompareAnchored | kCFCompareBackwards),
               0);
-    EXPECT_EQ(CFStringFindAndReplace(greeting, CFSTR("bye"), CFSTR("ho"), CFRangeMake(0, 10),
-                                     kCFCompareBackwards),
-              2);
+    EXPECT_EQ(CFStringFindAndReplace(greeting, CFSTR("bye"), CFSTR("ho"), CFRangeMake(0, 10), kCFCompareBackwards), 2);
     EXPECT_EQ(units(greeting), u"hi ho ho");
 
     // Matches of other lengths than the needle are replaced whole.
@@ -237,9 +235,9 @@ TEST(StringChanges, TrimRepeatedOccurrencesAtBothEnds) {
         std::u16string_view text, trim, expected;
     };
     const Case cases[] = {
-        {u"xxaxx", u"x", u"a"},     {u"abab", u"ab", u""},       {u"aaa", u"aa", u"a"},   {u"abcab", u"ab", u"c"},
-        {u"abc", u"", u"abc"},      {u"", u"x", u""},            {u"xyx", u"xyxy", u"xyx"}, {u"éaé", u"é", u"a"},
-        {u"--a--b--", u"--", u"a--b"},
+        {u"xxaxx", u"x", u"a"},    {u"abab", u"ab", u""}, {u"aaa", u"aa", u"a"},
+        {u"abcab", u"ab", u"c"},   {u"abc", u"", u"abc"}, {u"", u"x", u""},
+        {u"xyx", u"xyxy", u"xyx"}, {u"éaé", u"é", u"a"},  {u"--a--b--", u"--", u"a--b"},
     };
     for (const Case& c : cases) {
         auto s = mutableString(c.text);

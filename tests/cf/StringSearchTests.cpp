@@ -36,8 +36,7 @@ std::pair<CFIndex, CFIndex> find(CFStringRef s, std::u16string_view needle, CFSt
     return {r.location, r.length};
 }
 
-std::pair<CFIndex, CFIndex> find(std::u16string_view s, std::u16string_view needle,
-                                 CFStringCompareFlags options = 0) {
+std::pair<CFIndex, CFIndex> find(std::u16string_view s, std::u16string_view needle, CFStringCompareFlags options = 0) {
     return find(string(s), needle, options);
 }
 
@@ -51,7 +50,9 @@ std::pair<CFIndex, CFIndex> findIn(std::u16string_view s, std::u16string_view ne
     return {result.location, result.length};
 }
 
-std::pair<CFIndex, CFIndex> at(CFIndex location, CFIndex length) { return {location, length}; }
+std::pair<CFIndex, CFIndex> at(CFIndex location, CFIndex length) {
+    return {location, length};
+}
 const std::pair<CFIndex, CFIndex> kNone = {kNotFound, 0};
 
 std::pair<CFIndex, CFIndex> findFromSet(CFStringRef s, CFCharacterSetRef set, CFRange range,
@@ -174,7 +175,7 @@ TEST(StringFindNonliteral, CanonicalEquivalenceAndGraphemeRule) {
     EXPECT_EQ(find(u"cafe\u0301!", u"é", kNonliteral), at(3, 2));
     EXPECT_EQ(find(u"café!", u"e\u0301", kNonliteral), at(3, 1));
     EXPECT_EQ(find(u"cafe\u0301", u"cafe\u0301", kNonliteral), at(0, 5));
-    EXPECT_EQ(find(u"x\u1E69", u"s\u0307\u0323", kNonliteral), at(1, 1));  // marks reordered
+    EXPECT_EQ(find(u"x\u1E69", u"s\u0307\u0323", kNonliteral), at(1, 1));      // marks reordered
     EXPECT_EQ(find(u"\uAC01", u"\u1100\u1161\u11A8", kNonliteral), at(0, 1));  // Hangul syllable
     // A match may not end inside a cluster: the "e" of a decomposed "é" is
     // found literally, not with the flag.
@@ -240,8 +241,7 @@ TEST(StringFindCharacterFromSet, UnitsSurrogatePairsAndOptions) {
         EXPECT_EQ(findFromSet(s, vowels, CFRangeMake(7, 9), kAnchored), at(7, 1));
         EXPECT_EQ(findFromSet(s, vowels, CFRangeMake(0, 15), kAnchored | kBack), at(14, 1));
         EXPECT_EQ(findFromSet(s, vowels, CFRangeMake(0, 16), kAnchored | kBack), kNone);
-        EXPECT_EQ(findFromSet(s, CFCharacterSetGetPredefined(kCFCharacterSetWhitespace), CFRangeMake(0, 16)),
-                  at(6, 1));
+        EXPECT_EQ(findFromSet(s, CFCharacterSetGetPredefined(kCFCharacterSetWhitespace), CFRangeMake(0, 16)), at(6, 1));
         // An empty range, or one past the end, finds nothing.
         EXPECT_EQ(findFromSet(s, vowels, CFRangeMake(7, 0)), kNone);
         EXPECT_EQ(findFromSet(s, vowels, CFRangeMake(10, 10)), kNone);

@@ -13,12 +13,13 @@
 
 namespace {
 
-constexpr CFStringEncoding kEncodings[] = {
-    kCFStringEncodingMacRoman, kCFStringEncodingWindowsLatin1, kCFStringEncodingISOLatin1,
-    kCFStringEncodingNextStepLatin, kCFStringEncodingASCII, kCFStringEncodingUTF8,
-    kCFStringEncodingUTF16, kCFStringEncodingUTF16BE, kCFStringEncodingUTF16LE,
-    kCFStringEncodingUTF32, kCFStringEncodingUTF32BE, kCFStringEncodingUTF32LE,
-    kCFStringEncodingNonLossyASCII, 0x12345 /* unknown */};
+constexpr CFStringEncoding kEncodings[] = {kCFStringEncodingMacRoman,      kCFStringEncodingWindowsLatin1,
+                                           kCFStringEncodingISOLatin1,     kCFStringEncodingNextStepLatin,
+                                           kCFStringEncodingASCII,         kCFStringEncodingUTF8,
+                                           kCFStringEncodingUTF16,         kCFStringEncodingUTF16BE,
+                                           kCFStringEncodingUTF16LE,       kCFStringEncodingUTF32,
+                                           kCFStringEncodingUTF32BE,       kCFStringEncodingUTF32LE,
+                                           kCFStringEncodingNonLossyASCII, 0x12345 /* unknown */};
 
 constexpr UInt8 kLossBytes[] = {0, '?', 0xFF};
 
@@ -57,13 +58,13 @@ bool roundTrips(CFStringRef s, CFStringEncoding encoding, bool external) {
 void encodeBack(CFStringRef s, CFStringEncoding encoding, UInt8 lossByte, bool external) {
     CFIndex length = CFStringGetLength(s);
     CFIndex measured = -1;
-    CFIndex measuredUnits = CFStringGetBytes(s, CFRangeMake(0, length), encoding, lossByte, external, nullptr, 0,
-                                             &measured);
+    CFIndex measuredUnits =
+        CFStringGetBytes(s, CFRangeMake(0, length), encoding, lossByte, external, nullptr, 0, &measured);
     check(measured >= 0 && measuredUnits >= 0 && measuredUnits <= length);
     std::vector<UInt8> buffer(static_cast<size_t>(measured) + 1);
     CFIndex used = -1;
-    CFIndex units = CFStringGetBytes(s, CFRangeMake(0, length), encoding, lossByte, external, buffer.data(),
-                                     measured, &used);
+    CFIndex units =
+        CFStringGetBytes(s, CFRangeMake(0, length), encoding, lossByte, external, buffer.data(), measured, &used);
     check(units == measuredUnits && used == measured);
 
     // A buffer one byte short never overflows and converts no more (never

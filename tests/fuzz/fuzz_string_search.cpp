@@ -19,15 +19,15 @@
 namespace {
 
 constexpr char16_t kAlphabet[] = {
-    u'a',    u'A',    u's',    u'S',    u'e',    u'E',    u'k',    u'x',    u' ',    u'\r',   u'\n',
-    u'\u00DF', u'\u1E9E', u'\u00E9', u'\u00C9', u'\u0301', u'\u0323', u'\u0307', u'\uFB01', u'\u212A', u'\u0130',
-    u'\u0131', u'\u03C2', u'\u03C3', u'\u03A3', u'\u212B', u'\u00E5', u'\uFF76', u'\uFF9E', u'\u30AC', u'\uFF21',
-    u'\uAC00', u'\uAC01', u'\u1100', u'\u1161', u'\u11A8', u'\xD83D', u'\xDE00', u'\u0345', u'\u01F0', u'\u0390',
-    u'\u3000', u'\u200D', u'f',    u'i',    u'\u1E69', u'\u0644', u'\u0627', u'\uFEFF'};
+    u'a',      u'A',      u's',      u'S',      u'e',      u'E',      u'k',      u'x',      u' ',      u'\r',
+    u'\n',     u'\u00DF', u'\u1E9E', u'\u00E9', u'\u00C9', u'\u0301', u'\u0323', u'\u0307', u'\uFB01', u'\u212A',
+    u'\u0130', u'\u0131', u'\u03C2', u'\u03C3', u'\u03A3', u'\u212B', u'\u00E5', u'\uFF76', u'\uFF9E', u'\u30AC',
+    u'\uFF21', u'\uAC00', u'\uAC01', u'\u1100', u'\u1161', u'\u11A8', u'\xD83D', u'\xDE00', u'\u0345', u'\u01F0',
+    u'\u0390', u'\u3000', u'\u200D', u'f',      u'i',      u'\u1E69', u'\u0644', u'\u0627', u'\uFEFF'};
 
-constexpr CFStringCompareFlags kFlagBits[] = {kCFCompareCaseInsensitive, kCFCompareBackwards, kCFCompareAnchored,
-                                              kCFCompareNonliteral,       kCFCompareDiacriticInsensitive,
-                                              kCFCompareWidthInsensitive};
+constexpr CFStringCompareFlags kFlagBits[] = {
+    kCFCompareCaseInsensitive,      kCFCompareBackwards,       kCFCompareAnchored, kCFCompareNonliteral,
+    kCFCompareDiacriticInsensitive, kCFCompareWidthInsensitive};
 
 void check(bool condition) {
     if (!condition) __builtin_trap();
@@ -40,8 +40,8 @@ std::u16string textOf(const uint8_t* bytes, size_t count) {
 }
 
 CFStringRef stringOf(const std::u16string& text, bool asMutable) {
-    CFStringRef s = CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(text.data()),
-                                                 CFIndex(text.size()));
+    CFStringRef s =
+        CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(text.data()), CFIndex(text.size()));
     if (!asMutable) return s;
     CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, s);
     CFRelease(s);

@@ -18,13 +18,26 @@ namespace {
 // themselves by listing them.
 constexpr size_t kMaximumListedItems = 64;
 
-constexpr const char* kPredefinedNames[] = {
-    "",         "Control",           "Whitespace", "WhitespaceAndNewline", "DecimalDigit",
-    "Letter",   "LowercaseLetter",   "UppercaseLetter", "NonBase",         "Decomposable",
-    "AlphaNumeric", "Punctuation",   "Illegal",    "CapitalizedLetter",    "Symbol",
-    "Newline"};
+constexpr const char* kPredefinedNames[] = {"",
+                                            "Control",
+                                            "Whitespace",
+                                            "WhitespaceAndNewline",
+                                            "DecimalDigit",
+                                            "Letter",
+                                            "LowercaseLetter",
+                                            "UppercaseLetter",
+                                            "NonBase",
+                                            "Decomposable",
+                                            "AlphaNumeric",
+                                            "Punctuation",
+                                            "Illegal",
+                                            "CapitalizedLetter",
+                                            "Symbol",
+                                            "Newline"};
 
-bool isMutableSet(CFCharacterSetRef set) { return (classBits(set) & kCharacterSetMutable) != 0; }
+bool isMutableSet(CFCharacterSetRef set) {
+    return (classBits(set) & kCharacterSetMutable) != 0;
+}
 
 void finalizeCharacterSet(CFTypeRef cf) {
     static_cast<__CFCharacterSet*>(const_cast<void*>(cf))->members.~CodePointSet();
@@ -34,7 +47,9 @@ Boolean equalCharacterSets(CFTypeRef cf1, CFTypeRef cf2) {
     return static_cast<CFCharacterSetRef>(cf1)->members == static_cast<CFCharacterSetRef>(cf2)->members;
 }
 
-CFHashCode hashCharacterSet(CFTypeRef cf) { return static_cast<CFCharacterSetRef>(cf)->members.hash(); }
+CFHashCode hashCharacterSet(CFTypeRef cf) {
+    return static_cast<CFCharacterSetRef>(cf)->members.hash();
+}
 
 // "U+0061 U+0062": every member, ascending.
 void appendItems(TextBuilder& text, const CodePointSet& members) {
@@ -160,13 +175,24 @@ __CFCharacterSet* mutableSet(CFMutableCharacterSetRef set, const char* caller) {
 
 }  // namespace
 
-constinit const CFRuntimeClass kCharacterSetClass = {
-    0,       "CFCharacterSet", nullptr, nullptr, finalizeCharacterSet, equalCharacterSets, hashCharacterSet,
-    nullptr, copyCharacterSetDescription, nullptr, nullptr, 0};
+constinit const CFRuntimeClass kCharacterSetClass = {0,
+                                                     "CFCharacterSet",
+                                                     nullptr,
+                                                     nullptr,
+                                                     finalizeCharacterSet,
+                                                     equalCharacterSets,
+                                                     hashCharacterSet,
+                                                     nullptr,
+                                                     copyCharacterSetDescription,
+                                                     nullptr,
+                                                     nullptr,
+                                                     0};
 
 }  // namespace halvane::detail
 
-CFTypeID CFCharacterSetGetTypeID(void) { return kCFCharacterSetTypeID; }
+CFTypeID CFCharacterSetGetTypeID(void) {
+    return kCFCharacterSetTypeID;
+}
 
 CFCharacterSetRef CFCharacterSetGetPredefined(CFCharacterSetPredefinedSet theSetIdentifier) {
     CFCharacterSetRef set = predefinedCharacterSet(theSetIdentifier);

@@ -34,12 +34,8 @@ public:
     CodePointSet(CodePointSet&&) noexcept = default;
     CodePointSet& operator=(CodePointSet&&) noexcept = default;
 
-    bool containsUnit(UniChar unit) const {
-        return bmp_ != nullptr && ((bmp_[unit >> 6] >> (unit & 63)) & 1) != 0;
-    }
-    bool contains(UTF32Char c) const {
-        return c <= 0xFFFF ? containsUnit(UniChar(c)) : containsSupplementary(c);
-    }
+    bool containsUnit(UniChar unit) const { return bmp_ != nullptr && ((bmp_[unit >> 6] >> (unit & 63)) & 1) != 0; }
+    bool contains(UTF32Char c) const { return c <= 0xFFFF ? containsUnit(UniChar(c)) : containsSupplementary(c); }
 
     // first <= last <= kLastCodePoint.
     void add(UTF32Char first, UTF32Char last);
@@ -67,7 +63,7 @@ private:
     uint64_t* writableBMP();
     void fillBMP(UTF32Char first, UTF32Char last, bool value);
 
-    std::unique_ptr<uint64_t[]> bmp_;             // kBMPWords words, or null: no member below U+10000
+    std::unique_ptr<uint64_t[]> bmp_;            // kBMPWords words, or null: no member below U+10000
     std::vector<CodePointRange> supplementary_;  // sorted, disjoint, never adjacent
 };
 

@@ -121,7 +121,8 @@ namespace {
 Ranges supplementaryPartsOf(const std::vector<CodePointRange>& ranges) {
     Ranges parts;
     for (const CodePointRange& range : ranges) {
-        if (range.last >= kFirstSupplementary) parts.push_back({std::max(range.first, kFirstSupplementary), range.last});
+        if (range.last >= kFirstSupplementary)
+            parts.push_back({std::max(range.first, kFirstSupplementary), range.last});
     }
     return unionOf(parts, Ranges{});
 }

@@ -85,16 +85,15 @@ CFRange composedCharacterRange(CFStringRef s, CFIndex index) {
         if (unit == '\n' && before == '\r') return CFRange{index - 1, 2};
         return CFRange{index, 1};
     }
-    return characterBreaks().around(
-        s, index, CFRange{index, 1}, [index](UBreakIterator* iterator, CFIndex offset) {
-            // From the end: ICU moves an offset inside a surrogate pair to
-            // the pair's start, which "preceding" would then step over.
-            int32_t end = ubrk_following(iterator, int32_t(index - offset));
-            if (end == UBRK_DONE) end = int32_t(index - offset + 1);
-            int32_t start = ubrk_preceding(iterator, end);
-            if (start == UBRK_DONE) start = 0;
-            return CFRange{offset + start, end - start};
-        });
+    return characterBreaks().around(s, index, CFRange{index, 1}, [index](UBreakIterator* iterator, CFIndex offset) {
+        // From the end: ICU moves an offset inside a surrogate pair to
+        // the pair's start, which "preceding" would then step over.
+        int32_t end = ubrk_following(iterator, int32_t(index - offset));
+        if (end == UBRK_DONE) end = int32_t(index - offset + 1);
+        int32_t start = ubrk_preceding(iterator, end);
+        if (start == UBRK_DONE) start = 0;
+        return CFRange{offset + start, end - start};
+    });
 }
 
 }  // namespace halvane::detail

@@ -31,7 +31,9 @@ std::u16string transformed(const std::u16string& text, Transform transform) {
     return out;
 }
 
-bool isWidthForm(UChar32 c) { return c == 0x3000 || (c >= 0xFF00 && c <= 0xFFEF); }
+bool isWidthForm(UChar32 c) {
+    return c == 0x3000 || (c >= 0xFF00 && c <= 0xFFEF);
+}
 
 }  // namespace
 
@@ -238,8 +240,8 @@ namespace {
 // per thread: text repeats its few accented letters over and over, and
 // each costs several ICU calls otherwise.
 void appendComparableUnit(UniChar unit, CFStringCompareFlags options, std::u16string& out) {
-    constexpr CFStringCompareFlags kRelevant = kCFCompareCaseInsensitive | kCFCompareNonliteral |
-                                               kCFCompareDiacriticInsensitive | kCFCompareWidthInsensitive;
+    constexpr CFStringCompareFlags kRelevant =
+        kCFCompareCaseInsensitive | kCFCompareNonliteral | kCFCompareDiacriticInsensitive | kCFCompareWidthInsensitive;
     struct Entry {
         UniChar unit = 0;
         uint16_t options = 0xFFFF;  // matches no real options: the entry is empty

@@ -16,7 +16,9 @@ namespace halvane::detail {
 inline constexpr CFStringCompareFlags kUnicodeCompareFlags =
     kCFCompareNonliteral | kCFCompareLocalized | kCFCompareDiacriticInsensitive | kCFCompareWidthInsensitive;
 
-inline UniChar lowercasedASCII(UniChar u) { return UniChar(u - 'A') < 26 ? UniChar(u + ('a' - 'A')) : u; }
+inline UniChar lowercasedASCII(UniChar u) {
+    return UniChar(u - 'A') < 26 ? UniChar(u + ('a' - 'A')) : u;
+}
 
 const UNormalizer2* nfd();
 const UNormalizer2* nfc();

@@ -223,11 +223,10 @@ void makeComparable(const Unit* text, CFIndex begin, CFIndex end, CFStringCompar
             } else {
                 ++i;
             }
-        } while (i < end && !startsComparableSegment(
-                                U16_IS_LEAD(text[i]) && i + 1 < end && U16_IS_TRAIL(text[i + 1])
-                                    ? U16_GET_SUPPLEMENTARY(text[i], text[i + 1])
-                                    : UChar32(text[i]),
-                                options));
+        } while (i < end && !startsComparableSegment(U16_IS_LEAD(text[i]) && i + 1 < end && U16_IS_TRAIL(text[i + 1])
+                                                         ? U16_GET_SUPPLEMENTARY(text[i], text[i + 1])
+                                                         : UChar32(text[i]),
+                                                     options));
         comparable.clear();
         CFIndex segmentLength = i - segmentStart;
         if (segmentLength <= CFIndex(std::size(segment))) {

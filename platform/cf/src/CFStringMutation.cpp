@@ -117,7 +117,8 @@ void CFStringTrim(CFMutableStringRef theString, CFStringRef trimString) {
     CFIndex start = 0, end = theString->length;
     while (end - start >= size && hasUnitsAt(theString, start, trim)) start += size;
     while (end - start >= size && hasUnitsAt(theString, end - size, trim)) end -= size;
-    if (end < theString->length) replaceUnits(theString, CFRange{end, theString->length - end}, nullptr, 0, "CFStringTrim");
+    if (end < theString->length)
+        replaceUnits(theString, CFRange{end, theString->length - end}, nullptr, 0, "CFStringTrim");
     if (start > 0) replaceUnits(theString, CFRange{0, start}, nullptr, 0, "CFStringTrim");
 }
 

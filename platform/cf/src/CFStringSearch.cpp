@@ -119,9 +119,8 @@ Boolean CFStringHasSuffix(CFStringRef theString, CFStringRef suffix) {
 Boolean CFStringFindCharacterFromSet(CFStringRef theString, CFCharacterSetRef theSet, CFRange rangeToSearch,
                                      CFStringCompareFlags searchOptions, CFRange* result) {
     if (!isA(theString, kCFStringTypeID) || !isA(theSet, kCFCharacterSetTypeID)) {
-        reportMisuse("CFString: CFStringFindCharacterFromSet(): %s", isA(theString, kCFStringTypeID)
-                                                                         ? "not a character set"
-                                                                         : "not a string");
+        reportMisuse("CFString: CFStringFindCharacterFromSet(): %s",
+                     isA(theString, kCFStringTypeID) ? "not a character set" : "not a string");
         return false;
     }
     if (rangeToSearch.location < 0 || rangeToSearch.length < 0) {
