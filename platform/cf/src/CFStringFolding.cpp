@@ -6,9 +6,8 @@
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
-#include <array>
+#include <algorithm>
 #include <iterator>
-#include <memory>
 
 namespace halvane::detail {
 
@@ -38,21 +37,23 @@ bool isWidthForm(UChar32 c) {
 }  // namespace
 
 const UniChar* singleUnitCaseFoldings() {
-    static const std::unique_ptr<UniChar[]> table = [] {
-        auto folding = std::make_unique<UniChar[]>(0x10000);
+    // Never freed, so that searches running while the process exits still
+    // find it.
+    static const UniChar* const table = [] {
+        auto* folding = new UniChar[0x10000];
         for (UChar32 c = 0; c < 0x10000; ++c) {
             if (U16_IS_SURROGATE(c)) {
-                folding[size_t(c)] = UniChar(c);
+                folding[c] = UniChar(c);
                 continue;
             }
             UChar source = UChar(c), folded[4];
             UErrorCode status = U_ZERO_ERROR;
             int32_t length = u_strFoldCase(folded, 4, &source, 1, U_FOLD_CASE_DEFAULT, &status);
-            folding[size_t(c)] = (U_SUCCESS(status) && length == 1) ? UniChar(folded[0]) : UniChar(0);
+            folding[c] = (U_SUCCESS(status) && length == 1) ? UniChar(folded[0]) : UniChar(0);
         }
         return folding;
     }();
-    return table.get();
+    return table;
 }
 
 size_t caseFoldCodePoint(UChar32 c, UniChar* out) {
