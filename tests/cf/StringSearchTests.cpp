@@ -101,6 +101,29 @@ TEST(StringFindLiteral, FirstAndLastOccurrenceInBothStorageForms) {
     EXPECT_EQ(find(u"abaabab", u"aba", kBack), at(3, 3));
 }
 
+TEST(StringFindLiteral, LongTexts) {
+    // Units that share their low byte (U+0161 and 'a', U+0162 and 'b') must
+    // not make the skip table jump over a match.
+    std::u16string text;
+    for (int k = 0; k < 300; ++k) text += u"ab\u0161\u0162 ";
+    std::u16string withNeedles = u"xa\u0161b" + text + u"a\u0161b" + text + u"A\u0160B!";
+    auto s = string(withNeedles);
+    EXPECT_EQ(find(s, u"a\u0161b"), at(1, 3));
+    EXPECT_EQ(find(s, u"a\u0161b", kBack), at(1504, 3));
+    EXPECT_EQ(find(s, u"a\u0161b", kCI | kBack), at(3007, 3));
+    EXPECT_EQ(find(s, u"\u0160B!", kCI), at(3008, 3));
+    EXPECT_EQ(find(s, u"\u0161\u0162 ab"), at(6, 5));
+    EXPECT_EQ(find(s, u"b\u0161"), at(5, 2));
+    EXPECT_EQ(find(s, u"\u0162a"), kNone);
+    std::string ascii(4000, 'a');
+    ascii += "needle";
+    auto bytes = asciiStored((ascii + "aaa").c_str());
+    EXPECT_EQ(find(bytes, u"NEEDLE", kCI), at(4000, 6));
+    EXPECT_EQ(find(bytes, u"aaaa", kBack), at(3996, 4));
+    EXPECT_EQ(find(bytes, u"aaaa"), at(0, 4));
+    EXPECT_EQ(find(bytes, u"needle\u00E9"), kNone);
+}
+
 TEST(StringFindLiteral, RangesAndAnchoring) {
     std::u16string_view text = u"abcabcabc";
     EXPECT_EQ(findIn(text, u"abc", CFRangeMake(1, 8)), at(3, 3));

@@ -49,11 +49,14 @@ bool equalUnits(const H* h, const N* n, CFIndex length, Map map) {
 
 // Boyer-Moore-Horspool over units, either way. The bad-character table is
 // indexed by the low byte of a unit: units that share it share the smaller
-// shift, which keeps every shift safe.
+// shift, which keeps every shift safe. Short texts are scanned one unit at
+// a time instead: filling the table would cost more than it saves.
 template <typename N, typename Map>
 class Horspool {
 public:
-    Horspool(const N* needle, CFIndex length, bool backwards, Map map) : needle_(needle), length_(length), map_(map) {
+    Horspool(const N* needle, CFIndex length, CFIndex textLength, bool backwards, Map map)
+        : needle_(needle), length_(length), map_(map), usesTable_(length > 1 && textLength >= kShortText) {
+        if (!usesTable_) return;
         for (CFIndex& shift : shift_) shift = length;
         if (backwards) {
             for (CFIndex i = length - 1; i >= 1; --i) shift_[map(needle[i]) & 0xFF] = i;
@@ -77,7 +80,7 @@ public:
         for (CFIndex p = from; p + length_ <= to;) {
             UniChar u = map_(h[p + last]);
             if (u == lastUnit && equalUnits(h + p, needle_, last, map_)) return p;
-            p += shift_[u & 0xFF];
+            p += usesTable_ ? shift_[u & 0xFF] : 1;
         }
         return -1;
     }
@@ -89,15 +92,17 @@ public:
         for (CFIndex p = to - length_; p >= from;) {
             UniChar u = map_(h[p]);
             if (u == firstUnit && equalUnits(h + p + 1, needle_ + 1, length_ - 1, map_)) return p;
-            p -= shift_[u & 0xFF];
+            p -= usesTable_ ? shift_[u & 0xFF] : 1;
         }
         return -1;
     }
 
 private:
+    static constexpr CFIndex kShortText = 64;
     const N* needle_;
     CFIndex length_;
     Map map_;
+    bool usesTable_;
     CFIndex shift_[256];
 };
 
@@ -113,7 +118,7 @@ void visitUnitMatches(const H* h, CFIndex start, CFIndex end, const N* n, CFInde
         if (equalUnits(h + p, n, length, map)) visit(CFRange{p, length});
         return;
     }
-    Horspool<N, Map> searcher(n, length, backwards, map);
+    Horspool<N, Map> searcher(n, length, end - start, backwards, map);
     if (!backwards) {
         for (CFIndex from = start;;) {
             CFIndex p = searcher.next(h, from, end);
@@ -320,7 +325,7 @@ void visitComparableMatches(CFStringRef s, CFRange range, CFStringRef needle, CF
         if (found.location != kCFNotFound) visit(found);
         return;
     }
-    Horspool<UniChar, Identity> searcher(n, length, backwards, Identity());
+    Horspool<UniChar, Identity> searcher(n, length, end, backwards, Identity());
     if (!backwards) {
         for (CFIndex from = 0;;) {
             CFIndex p = searcher.next(h, from, end);
