@@ -82,6 +82,7 @@ extern const CFRuntimeClass kReadStreamClass;
 extern const CFRuntimeClass kWriteStreamClass;
 extern const CFRuntimeClass kSocketClass;
 extern const CFRuntimeClass kURLClass;
+extern const CFRuntimeClass kCharacterSetClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

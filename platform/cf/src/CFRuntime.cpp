@@ -35,6 +35,7 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFWriteStreamTypeID] = &kWriteStreamClass;
     table[kCFSocketTypeID] = &kSocketClass;
     table[kCFURLTypeID] = &kURLClass;
+    table[kCFCharacterSetTypeID] = &kCharacterSetClass;
     return table;
 }();
 
