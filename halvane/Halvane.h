@@ -4,11 +4,22 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <halvane/core/HVClassType.h>
 #include <halvane/core/HVExport.h>
 #include <halvane/core/HVLibraryVersion.h>
 #include <halvane/core/HVNull.h>
+#include <halvane/core/HVObject.h>
+#include <halvane/text/HVRange.h>
+#include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
 #include <halvane/values/HVNumericUtilities.h>
+#include <halvane/collections/HVArray.h>
+#include <halvane/collections/HVData.h>
+#include <halvane/collections/HVDictionary.h>
+#include <halvane/errors/HVAssert.h>
+#include <halvane/errors/HVError.h>
+#include <halvane/errors/HVException.h>
+#include <halvane/errors/HVLog.h>
 
 #endif  // HALVANE_HALVANE_H

@@ -2,6 +2,8 @@
 
 #include <halvane/core/detail/ClassRegistry.h>
 #include <halvane/errors/HVAssert.h>
+#include <halvane/errors/HVError.h>
+#include <halvane/errors/HVException.h>
 
 #include <halvane/os/File.h>
 
@@ -245,6 +247,74 @@ void HVData::InitWithBytesOfLength(const void* bytes, unsigned long long length)
     }
     AssignUnderlyingDataAndTakeOwnership(
         CFDataCreate(kCFAllocatorDefault, static_cast<const UInt8*>(bytes), toPlatform(length)));
+}
+
+namespace {
+
+// Runs a file operation, turning faults into the error or an exception as
+// the data class reports them.
+template <typename Operation>
+bool reportingFileFaults(HVError& error, Operation operation) {
+    try {
+        return operation();
+    } catch (const halvane::os::FileError& fault) {
+        HVError converted = HVError::ErrorWithException(HVException::ExceptionWithException(fault));
+        if (!converted.IsError()) throw HVException::ExceptionWithException(fault);
+        error = converted;
+        return false;
+    } catch (const std::bad_alloc& fault) {
+        HVError converted = HVError::ErrorWithException(HVException::ExceptionWithException(fault));
+        error = converted;
+        return false;
+    } catch (const HVException&) {
+        throw;
+    } catch (...) {
+        throw HVException::ExceptionWithNameAndReason(HVExceptionName::GenericException(),
+                                                      "Unknown Exception caught in HVData.");
+    }
+}
+
+}  // namespace
+
+bool HVData::WriteToFile(const HVString& path, HVError& error) const {
+    return reportingFileFaults(error, [&] {
+        std::string file = path;
+        // Created or truncated first, then written through a second handle.
+        halvane::os::File(file, halvane::os::File::ReadWrite | halvane::os::File::Create).Close();
+        halvane::os::File handle(file, halvane::os::File::WriteOnly);
+        handle.Write(Bytes(), size_t(Length()));
+        handle.Close();
+        return true;
+    });
+}
+
+bool HVData::WriteToFile(const HVString& path) const {
+    HVError error;
+    return WriteToFile(path, error);
+}
+
+bool HVData::WriteToFileAtomically(const HVString& path) const { return WriteToFile(path); }
+
+bool HVData::WriteToFileAtomically(const HVString& path, HVError& error) const { return WriteToFile(path, error); }
+
+bool HVData::AppendToFile(const HVString& path, HVError& error) const {
+    if (path.IsEmpty()) return false;
+    std::string file = path;
+    bool isDirectory = false;
+    if (!halvane::os::ItemExists(file, &isDirectory)) return WriteToFile(path, error);
+    if (isDirectory) return false;
+    return reportingFileFaults(error, [&] {
+        halvane::os::File handle(file, halvane::os::File::WriteOnly);
+        handle.SeekToEnd();
+        handle.Write(Bytes(), size_t(Length()));
+        handle.Close();
+        return true;
+    });
+}
+
+bool HVData::AppendToFile(const HVString& path) const {
+    HVError error;
+    return AppendToFile(path, error);
 }
 
 HVData& HVData::operator=(const HVString& string) {

@@ -10,6 +10,8 @@
 
 struct __CFData;
 
+class HVError;
+
 class HV_EXPORT HVData : public HVObject {
 public:
     HVData();
@@ -52,6 +54,16 @@ public:
     void InitWithStringUsingEncoding(const HVString& string, HVStringEncoding encoding);
     void InitContainingCStringWithStringUsingEncoding(const HVString& string, HVStringEncoding encoding);
     void InitWithBytesOfLength(const void* bytes, unsigned long long length);
+
+    // Writing replaces the file; the atomic forms are the same operation.
+    // File faults come back in error (false); a fault that has no error of
+    // its own is thrown as HVException.
+    bool WriteToFile(const HVString& path, HVError& error) const;
+    bool WriteToFile(const HVString& path) const;
+    bool WriteToFileAtomically(const HVString& path) const;
+    bool WriteToFileAtomically(const HVString& path, HVError& error) const;
+    bool AppendToFile(const HVString& path, HVError& error) const;
+    bool AppendToFile(const HVString& path) const;
 
     HVData& operator=(const HVData& other);
     HVData& operator=(const HVString& string);
