@@ -78,6 +78,7 @@ extern const CFRuntimeClass kNumberClass;
 extern const CFRuntimeClass kDateClass;
 extern const CFRuntimeClass kDictionaryClass;
 extern const CFRuntimeClass kErrorClass;
+extern const CFRuntimeClass kTimeZoneClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

@@ -31,6 +31,7 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFDateTypeID] = &kDateClass;
     table[kCFDictionaryTypeID] = &kDictionaryClass;
     table[kCFErrorTypeID] = &kErrorClass;
+    table[kCFTimeZoneTypeID] = &kTimeZoneClass;
     return table;
 }();
 

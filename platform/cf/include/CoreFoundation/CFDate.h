@@ -15,6 +15,7 @@ CF_EXPORT const CFTimeInterval kCFAbsoluteTimeIntervalSince1904; /* 3061152000.0
 CF_EXPORT CFAbsoluteTime CFAbsoluteTimeGetCurrent(void);
 
 typedef const struct __CFDate *CFDateRef;
+typedef const struct __CFTimeZone *CFTimeZoneRef;
 
 CF_EXPORT CFTypeID CFDateGetTypeID(void);
 CF_EXPORT CFDateRef CFDateCreate(CFAllocatorRef allocator, CFAbsoluteTime at);

@@ -11,5 +11,6 @@
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFTimeZone.h>
 
 #endif /* HALVANE_CF_COREFOUNDATION_H */
