@@ -79,6 +79,7 @@ extern const CFRuntimeClass kDateClass;
 extern const CFRuntimeClass kDictionaryClass;
 extern const CFRuntimeClass kErrorClass;
 extern const CFRuntimeClass kTimeZoneClass;
+extern const CFRuntimeClass kCalendarClass;
 extern const CFRuntimeClass kLocaleClass;
 
 // The class record of a type ID, or nullptr.

@@ -32,6 +32,7 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFDictionaryTypeID] = &kDictionaryClass;
     table[kCFErrorTypeID] = &kErrorClass;
     table[kCFTimeZoneTypeID] = &kTimeZoneClass;
+    table[kCFCalendarTypeID] = &kCalendarClass;
     table[kCFLocaleTypeID] = &kLocaleClass;
     return table;
 }();
