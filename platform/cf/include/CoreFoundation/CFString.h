@@ -12,6 +12,9 @@ CF_EXTERN_C_BEGIN
 
 typedef UInt32 CFStringEncoding;
 
+/* Also declared, identically, in CFLocale.h. */
+typedef const struct __CFLocale *CFLocaleRef;
+
 enum {
     kCFStringEncodingMacRoman = 0,
     kCFStringEncodingWindowsLatin1 = 0x0500,
@@ -143,6 +146,16 @@ CF_EXPORT void CFStringAppendFormat(CFMutableStringRef theString, CFDictionaryRe
                                    ...);
 CF_EXPORT void CFStringAppendFormatAndArguments(CFMutableStringRef theString, CFDictionaryRef formatOptions,
                                                 CFStringRef format, va_list arguments);
+
+/* Case mapping with the full Unicode mappings (the length may change: the
+ * German sharp s uppercases to "SS"). A locale whose language is az, lt, tr, nl or
+ * el brings its language's rules; any other locale, or NULL, none.
+ * Capitalizing titlecases the first letter of each word and lowercases the
+ * rest; apostrophes and other case-ignorable characters do not end a
+ * word. */
+CF_EXPORT void CFStringUppercase(CFMutableStringRef theString, CFLocaleRef locale);
+CF_EXPORT void CFStringLowercase(CFMutableStringRef theString, CFLocaleRef locale);
+CF_EXPORT void CFStringCapitalize(CFMutableStringRef theString, CFLocaleRef locale);
 
 /* Numbers in text: leading spaces skipped, ASCII digits only. */
 CF_EXPORT SInt32 CFStringGetIntValue(CFStringRef str);
