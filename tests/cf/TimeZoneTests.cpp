@@ -128,17 +128,31 @@ TEST(TimeZone, FixedOffsetsAreRoundedToMinutesAndNamedByThem) {
 }
 
 TEST(TimeZone, OneSharedObjectPerName) {
+    // Zones made from offsets are new objects, equal to each other and to
+    // the shared zone of their name.
     auto a = fixed(3600);
-    CFIndex count = CFGetRetainCount(a);
     auto b = fixed(3599.9);
-    EXPECT_EQ(a.get(), b.get());
-    EXPECT_EQ(CFGetRetainCount(a), count + 1);
-    // The names of fixed zones, written in any of the usual ways.
+    EXPECT_NE(a.get(), b.get());
+    EXPECT_EQ(CFGetRetainCount(a), 1);
+    EXPECT_TRUE(CFEqual(a, b));
+    EXPECT_EQ(CFHash(a), CFHash(b));
+    EXPECT_NE(fixed(0).get(), fixed(0).get());
+    EXPECT_TRUE(CFEqual(fixed(0), fixed(0)));
+
+    // The names of fixed zones, written in any of the usual ways, lead to
+    // one shared zone.
+    auto byName = named("GMT+0100");
+    CFIndex count = CFGetRetainCount(byName);
+    EXPECT_GE(count, 2);  // the caller's and the one kept per name
     for (const char* name : {"GMT+0100", "GMT+1", "GMT+01", "GMT+01:00"}) {
-        EXPECT_EQ(named(name).get(), a.get()) << name;
+        auto again = named(name);
+        EXPECT_EQ(again.get(), byName.get()) << name;
+        EXPECT_EQ(CFGetRetainCount(byName), count + 1);
     }
-    EXPECT_EQ(named("GMT").get(), fixed(0).get());
-    EXPECT_EQ(named("GMT-0530").get(), fixed(-19800).get());
+    EXPECT_TRUE(CFEqual(byName, a));
+    EXPECT_EQ(named("GMT").get(), named("GMT").get());
+    EXPECT_TRUE(CFEqual(named("GMT"), fixed(0)));
+    EXPECT_TRUE(CFEqual(named("GMT-0530"), fixed(-19800)));
     EXPECT_FALSE(named("GMT+1900"));
     EXPECT_FALSE(named("GMT+0160"));
     EXPECT_FALSE(named("GMT+123"));
@@ -273,6 +287,8 @@ TEST(TimeZone, SystemZoneFollowsTheEnvironmentUntilReset) {
 TEST(TimeZone, DefaultZoneIsTheSystemZoneUntilSet) {
     ScopedVariable tzfile("TZFILE", nullptr);
     ScopedVariable tz("TZ", "Europe/Paris");
+    // No default zone can be unset again: this test needs a process of its
+    // own, as CTest gives every test.
     EXPECT_EQ(own(CFTimeZoneCopyDefault()).get(), own(CFTimeZoneCopySystem()).get());
     auto tokyo = named("Asia/Tokyo");
     CFIndex count = CFGetRetainCount(tokyo);

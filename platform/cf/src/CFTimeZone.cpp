@@ -141,6 +141,12 @@ CFTimeZoneRef newZone(const std::string& name, icu::TimeZone* icuZone, bool fixe
     return zone;
 }
 
+// A new zone (+1) with a fixed offset in minutes.
+CFTimeZoneRef newFixedZone(long minutes) {
+    std::string name = fixedZoneName(minutes);
+    return newZone(name, new icu::SimpleTimeZone(int32_t(minutes * 60000), icu::UnicodeString::fromUTF8(name)), true);
+}
+
 // The ICU zone of a tz database name, or NULL.
 icu::TimeZone* icuZoneNamed(const std::string& name) {
     for (std::string_view legacy : kForeignLegacyIDs) {
@@ -173,8 +179,7 @@ CFTimeZoneRef copyZoneNamed(const std::string& name) {
                 return static_cast<CFTimeZoneRef>(CFRetain(found->second));
             }
         }
-        auto* icuZone = new icu::SimpleTimeZone(int32_t(*minutes * 60000), icu::UnicodeString::fromUTF8(fixedName));
-        zone = newZone(fixedName, icuZone, true);
+        zone = newFixedZone(*minutes);
         if (zone != nullptr) zones.byName.emplace(fixedName, zone);
     } else if (icu::TimeZone* icuZone = icuZoneNamed(name)) {
         zone = newZone(name, icuZone, false);
@@ -197,9 +202,12 @@ CFTimeZoneRef copyZoneNamedOrAbbreviated(const std::string& name, bool tryAbbrev
     return copyZoneNamed(name);
 }
 
-CFTimeZoneRef copyFixedZone(CFTimeInterval seconds) {
+// A new object on every call, unlike zones by name: callers keep zones made
+// this way apart by identity (a library's "empty" zone and its GMT zone are
+// two such objects).
+CFTimeZoneRef createFixedZone(CFTimeInterval seconds) {
     if (!(std::fabs(seconds) <= kMaximumOffset)) return nullptr;
-    return copyZoneNamed(fixedZoneName(std::lround(seconds / 60)));
+    return newFixedZone(std::lround(seconds / 60));
 }
 
 CFTimeZoneRef createSystemZone() {
@@ -208,8 +216,8 @@ CFTimeZoneRef createSystemZone() {
     }
     // The C library knows the offset of a zone it cannot name.
     tzset();
-    if (CFTimeZoneRef zone = copyFixedZone(double(-timezone))) return zone;
-    return copyFixedZone(0);
+    if (CFTimeZoneRef zone = createFixedZone(double(-timezone))) return zone;
+    return createFixedZone(0);
 }
 
 }  // namespace
@@ -259,7 +267,7 @@ CFTypeID CFTimeZoneGetTypeID(void) {
 
 CFTimeZoneRef CFTimeZoneCreateWithTimeIntervalFromGMT(CFAllocatorRef allocator, CFTimeInterval ti) {
     if (allocator == kCFAllocatorNull) return nullptr;
-    return copyFixedZone(ti);
+    return createFixedZone(ti);
 }
 
 CFTimeZoneRef CFTimeZoneCreateWithName(CFAllocatorRef allocator, CFStringRef name, Boolean tryAbbrev) {

@@ -21,7 +21,8 @@ CF_EXPORT CFTimeZoneRef CFTimeZoneCopyDefault(void);
 CF_EXPORT void CFTimeZoneSetDefault(CFTimeZoneRef tz);
 
 /* A fixed offset, rounded to the minute, named "GMT" or "GMT+HHMM" /
- * "GMT-HHMM"; NULL beyond 18 hours either way. */
+ * "GMT-HHMM"; NULL beyond 18 hours either way. A new object each time
+ * (equal to the zone of the same name). */
 CF_EXPORT CFTimeZoneRef CFTimeZoneCreateWithTimeIntervalFromGMT(CFAllocatorRef allocator, CFTimeInterval ti);
 /* A zone of the tz database by name ("Europe/Paris"), or a "GMT+HHMM"
  * name; with tryAbbrev, abbreviations such as "PST" are looked up first.
