@@ -134,10 +134,6 @@ TEST(Calendar, EqualityHashAndDescription) {
     EXPECT_EQ(ascii(own(CFCopyDescription(paris))), "<CFCalendar " + pointerText(paris) + " [" +
                                                         pointerText(kCFAllocatorSystemDefault) +
                                                         "]>{identifier = 'gregorian'}");
-    auto iso = calendar(kCFCalendarIdentifierISO8601);
-    EXPECT_EQ(ascii(own(CFCopyDescription(iso))), "<CFCalendar " + pointerText(iso) + " [" +
-                                                      pointerText(kCFAllocatorSystemDefault) +
-                                                      "]>{identifier = 'iso8601'}");
 }
 
 TEST(Calendar, CurrentCalendarFollowsTheCurrentLocale) {

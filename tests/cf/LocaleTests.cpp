@@ -40,21 +40,10 @@ std::string value(CFLocaleRef l, CFLocaleKey key) {
     return v == nullptr ? "(none)" : ascii(v);
 }
 
-std::string displayName(const char* displayLocale, CFLocaleKey key, const std::u16string& code) {
+// The name of a code in a display locale; empty when there is none.
+std::u16string displayName(const char* displayLocale, CFLocaleKey key, const std::u16string& code) {
     auto name = own(CFLocaleCopyDisplayNameForPropertyValue(locale(displayLocale), key, string(code)));
-    if (!name) return "(none)";
-    std::u16string u = units(name);
-    std::string utf8;
-    for (char16_t c : u) {
-        if (c < 0x80) {
-            utf8 += char(c);
-        } else {
-            char escaped[16];
-            std::snprintf(escaped, sizeof escaped, "\\u%04X", unsigned(c));
-            utf8 += escaped;
-        }
-    }
-    return utf8;
+    return name ? units(name) : std::u16string();
 }
 
 std::string pointerText(const void* p) {
@@ -259,17 +248,17 @@ TEST(Locale, ValuesOfTheIdentifier) {
 }
 
 TEST(Locale, DisplayNames) {
-    EXPECT_EQ(displayName("fr", kCFLocaleIdentifier, u"en_US"), "anglais (\\u00C9tats-Unis)");
-    EXPECT_EQ(displayName("en_US", kCFLocaleIdentifier, u"zh-Hans_CN"), "Chinese (China)");
-    EXPECT_EQ(displayName("en_US", kCFLocaleLanguageCode, u"de"), "German");
-    EXPECT_EQ(displayName("de", kCFLocaleLanguageCode, u"de"), "Deutsch");
-    EXPECT_EQ(displayName("en_US", kCFLocaleCountryCode, u"FR"), "France");
-    EXPECT_EQ(displayName("en_US", kCFLocaleScriptCode, u"Cyrl"), "Cyrillic");
-    EXPECT_EQ(displayName("en_US", kCFLocaleCalendarIdentifier, u"japanese"), "Japanese Calendar");
-    EXPECT_EQ(displayName("en_US", kCFLocaleLanguageCode, u"qq"), "(none)");
-    EXPECT_EQ(displayName("en_US", kCFLocaleCountryCode, u"QQ"), "(none)");
-    EXPECT_EQ(displayName("en_US", kCFLocaleLanguageCode, u""), "(none)");
-    EXPECT_EQ(displayName("en_US", kCFLocaleVariantCode, u"POSIX"), "(none)");
+    EXPECT_EQ(displayName("fr", kCFLocaleIdentifier, u"en_US"), u"anglais (\u00C9tats-Unis)");
+    EXPECT_EQ(displayName("en_US", kCFLocaleIdentifier, u"zh-Hans_CN"), u"Chinese (China)");
+    EXPECT_EQ(displayName("en_US", kCFLocaleLanguageCode, u"de"), u"German");
+    EXPECT_EQ(displayName("de", kCFLocaleLanguageCode, u"de"), u"Deutsch");
+    EXPECT_EQ(displayName("en_US", kCFLocaleCountryCode, u"FR"), u"France");
+    EXPECT_EQ(displayName("en_US", kCFLocaleScriptCode, u"Cyrl"), u"Cyrillic");
+    EXPECT_EQ(displayName("en_US", kCFLocaleCalendarIdentifier, u"japanese"), u"Japanese Calendar");
+    for (auto [key, code] : {std::pair(kCFLocaleLanguageCode, u"qq"), std::pair(kCFLocaleCountryCode, u"QQ"),
+                             std::pair(kCFLocaleLanguageCode, u""), std::pair(kCFLocaleVariantCode, u"POSIX")}) {
+        EXPECT_EQ(displayName("en_US", key, code), u"");
+    }
 }
 
 TEST(Locale, CalendarIdentifierConstants) {
@@ -303,11 +292,10 @@ TEST(Locale, CalendarIdentifierConstants) {
         {kCFIslamicCivilCalendar, kCFCalendarIdentifierIslamicCivil},
         {kCFHebrewCalendar, kCFCalendarIdentifierHebrew},
         {kCFChineseCalendar, kCFCalendarIdentifierChinese},
-        {kCFRepublicOfChinaCalendar, kCFCalendarIdentifierRepublicOfChina},
         {kCFPersianCalendar, kCFCalendarIdentifierPersian},
+        {kCFRepublicOfChinaCalendar, kCFCalendarIdentifierRepublicOfChina},
         {kCFIndianCalendar, kCFCalendarIdentifierIndian},
-        {kCFISO8601Calendar, kCFCalendarIdentifierISO8601},
-    };
+        {kCFISO8601Calendar, kCFCalendarIdentifierISO8601}};
     for (const auto& [alias, constant] : aliases) EXPECT_EQ(alias, constant) << ascii(constant);
     EXPECT_EQ(ascii(kCFLocaleIdentifier), "locale:id");
     EXPECT_EQ(ascii(kCFLocaleCalendarIdentifier), "calendar");
