@@ -1,0 +1,823 @@
+// The XML property-list reader.
+//
+// The prolog (XML declaration, processing instructions, comments, the
+// DOCTYPE) is skipped here, so the XML parser only ever sees the elements:
+// no DTD, no entity declaration and no external reference can reach it,
+// and the document type is never loaded from anywhere. Expat parses the
+// elements; the handlers below check them against the property-list rules
+// and build the objects with an explicit stack, stopping the parser after
+// the first element, whatever follows it.
+//
+// Expat forbids some characters that property-list strings have always
+// carried (C0 controls, U+FFFE, U+FFFF): when a document holds any, they are
+// handed to Expat as noncharacters of U+FDD0...U+FDEF and restored in the
+// text read.
+#include "CFBase64.h"
+#include "CFGregorian.h"
+#include "CFPropertyListInternal.h"
+#include "CFStringInternal.h"
+
+#include <expat.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+namespace halvane::detail {
+
+namespace {
+
+inline bool isXMLSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...) {
+    char small[256];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::va_list copy;
+    va_copy(copy, arguments);
+    int needed = std::vsnprintf(small, sizeof small, format, copy);
+    va_end(copy);
+    std::string text;
+    if (needed >= 0 && size_t(needed) < sizeof small) {
+        text.assign(small, size_t(needed));
+    } else if (needed >= 0) {
+        text.resize(size_t(needed) + 1);
+        std::vsnprintf(text.data(), text.size(), format, arguments);
+        text.resize(size_t(needed));
+    }
+    va_end(arguments);
+    return text;
+}
+
+// --- Characters Expat refuses ----------------------------------------------
+
+// U+FDD0 + c stands for the control character c; U+FDD9 and U+FDDA (the
+// places of TAB and LF, which need no stand-in) for U+FFFE and U+FFFF.
+constexpr uint8_t kStandInLead0 = 0xEF;
+constexpr uint8_t kStandInLead1 = 0xB7;
+constexpr uint8_t kStandInFirst = 0x90;
+constexpr uint8_t kStandInLast = 0xAF;
+constexpr uint8_t kStandInFFFE = kStandInFirst + 0x09;
+constexpr uint8_t kStandInFFFF = kStandInFirst + 0x0A;
+
+inline bool isRefusedControl(uint8_t b) { return b < 0x20 && b != '\t' && b != '\n' && b != '\r'; }
+
+inline bool isStandIn(const char* p, size_t available) {
+    return available >= 3 && uint8_t(p[0]) == kStandInLead0 && uint8_t(p[1]) == kStandInLead1 &&
+           uint8_t(p[2]) >= kStandInFirst && uint8_t(p[2]) <= kStandInLast;
+}
+
+// 0: nothing to replace; 1: replacements needed; -1: the text also holds
+// the stand-ins themselves, so the replacement could not be undone.
+int refusedCharacters(const char* text, size_t length) {
+    bool refused = false, standIns = false;
+    for (size_t i = 0; i < length; ++i) {
+        uint8_t b = uint8_t(text[i]);
+        if (b >= 0x20 && b != kStandInLead0) continue;
+        if (b == kStandInLead0) {
+            if (i + 2 < length && uint8_t(text[i + 1]) == 0xBF && uint8_t(text[i + 2]) >= 0xBE) refused = true;
+            if (isStandIn(text + i, length - i)) standIns = true;
+        } else if (isRefusedControl(b)) {
+            refused = true;
+        }
+    }
+    if (!refused) return 0;
+    return standIns ? -1 : 1;
+}
+
+std::string withStandIns(const char* text, size_t length) {
+    std::string out;
+    out.reserve(length + length / 8);
+    for (size_t i = 0; i < length; ++i) {
+        uint8_t b = uint8_t(text[i]);
+        if (isRefusedControl(b)) {
+            out.append({char(kStandInLead0), char(kStandInLead1), char(kStandInFirst + b)});
+        } else if (b == 0xEF && i + 2 < length && uint8_t(text[i + 1]) == 0xBF && uint8_t(text[i + 2]) >= 0xBE) {
+            uint8_t standIn = uint8_t(text[i + 2]) == 0xBE ? kStandInFFFE : kStandInFFFF;
+            out.append({char(kStandInLead0), char(kStandInLead1), char(standIn)});
+            i += 2;
+        } else {
+            out.push_back(char(b));
+        }
+    }
+    return out;
+}
+
+void restoreRefused(std::string& text) {
+    size_t to = 0;
+    for (size_t from = 0; from < text.size();) {
+        if (!isStandIn(text.data() + from, text.size() - from)) {
+            text[to++] = text[from++];
+            continue;
+        }
+        uint8_t standIn = uint8_t(text[from + 2]);
+        if (standIn == kStandInFFFE || standIn == kStandInFFFF) {
+            text[to++] = char(0xEF);
+            text[to++] = char(0xBF);
+            text[to++] = char(standIn == kStandInFFFE ? 0xBE : 0xBF);
+        } else {
+            text[to++] = char(standIn - kStandInFirst);
+        }
+        from += 3;
+    }
+    text.resize(to);
+}
+
+// The character at p as UTF-8 text for a message (a stand-in as what it
+// stands for; a byte that starts no valid sequence as U+FFFD).
+std::string characterAt(const char* p, size_t available) {
+    if (available == 0) return {};
+    if (isStandIn(p, available)) {
+        std::string restored(p, 3);
+        restoreRefused(restored);
+        return restored;
+    }
+    uint8_t lead = uint8_t(*p);
+    size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 0;
+    std::u16string units;
+    if (length == 0 || length > available || !decodeUTF8(reinterpret_cast<const uint8_t*>(p), length, units)) {
+        return "\xEF\xBF\xBD";
+    }
+    return std::string(p, length);
+}
+
+// --- The prolog --------------------------------------------------------------
+
+// Skips whitespace, processing instructions, comments and DOCTYPE
+// declarations; offset and line receive where the first element starts.
+bool skipProlog(const char* text, size_t length, size_t& offset, size_t& line, ParseError& error) {
+    size_t i = 0;
+    line = 1;
+    auto advanceTo = [&](size_t to) {
+        line += countLineBreaks(text + i, text + to);
+        i = to;
+    };
+    auto find = [&](std::string_view what, size_t from) -> size_t {
+        std::string_view rest(text + from, length - from);
+        size_t at = rest.find(what);
+        return at == std::string_view::npos ? std::string_view::npos : from + at;
+    };
+    auto startsWith = [&](std::string_view what) { return std::string_view(text + i, length - i).starts_with(what); };
+    for (;;) {
+        size_t next = i;
+        while (next < length && isXMLSpace(text[next])) ++next;
+        advanceTo(next);
+        if (i == length) {
+            error.message = "No XML content found";
+            return false;
+        }
+        if (text[i] != '<') {
+            error.message = formatted("Unexpected character %s at line %zu", characterAt(text + i, length - i).c_str(),
+                                      line);
+            return false;
+        }
+        if (startsWith("<?")) {
+            size_t end = find("?>", i + 2);
+            if (end == std::string_view::npos) {
+                error.message =
+                    formatted("Encountered unexpected EOF while parsing the processing instruction begun on line %zu",
+                              line);
+                return false;
+            }
+            advanceTo(end + 2);
+        } else if (startsWith("<!--")) {
+            size_t end = find("-->", i + 4);
+            if (end == std::string_view::npos) {
+                error.message = formatted("Unterminated comment started on line %zu", line);
+                return false;
+            }
+            advanceTo(end + 3);
+        } else if (startsWith("<!DOCTYPE")) {
+            // Quoted identifiers may hold anything; an internal subset is
+            // refused, so no declaration of the document reaches the parser.
+            size_t j = i + 9;
+            char quote = 0;
+            for (; j < length; ++j) {
+                char c = text[j];
+                if (quote != 0) {
+                    if (c == quote) quote = 0;
+                } else if (c == '"' || c == '\'') {
+                    quote = c;
+                } else if (c == '[') {
+                    advanceTo(j);
+                    error.message = formatted("Encountered unexpected character [ on line %zu while parsing DTD", line);
+                    return false;
+                } else if (c == '>') {
+                    break;
+                }
+            }
+            if (j == length) {
+                error.message = "Encountered unexpected EOF while parsing DTD";
+                return false;
+            }
+            advanceTo(j + 1);
+        } else if (startsWith("<!")) {
+            error.message = formatted("Malformed DTD on line %zu", line);
+            return false;
+        } else {
+            offset = i;
+            return true;
+        }
+    }
+}
+
+// --- Elements ------------------------------------------------------------------
+
+enum class Element : uint8_t { kPlist, kArray, kDict, kKey, kString, kData, kDate, kReal, kInteger, kTrue, kFalse };
+
+const char* nameOf(Element element) {
+    static constexpr const char* kNames[] = {"plist", "array", "dict",    "key",  "string", "data",
+                                             "date",  "real",  "integer", "true", "false"};
+    return kNames[size_t(element)];
+}
+
+bool elementNamed(const char* name, Element& element) {
+    static constexpr Element kAll[] = {Element::kPlist, Element::kArray, Element::kDict,    Element::kKey,
+                                       Element::kString, Element::kData, Element::kDate,    Element::kReal,
+                                       Element::kInteger, Element::kTrue, Element::kFalse};
+    for (Element candidate : kAll) {
+        if (std::strcmp(name, nameOf(candidate)) == 0) {
+            element = candidate;
+            return true;
+        }
+    }
+    return false;
+}
+
+inline bool isContainer(Element e) { return e == Element::kPlist || e == Element::kArray || e == Element::kDict; }
+inline bool isText(Element e) { return e == Element::kString || e == Element::kKey; }
+inline bool isBoolean(Element e) { return e == Element::kTrue || e == Element::kFalse; }
+
+struct OpenElement {
+    Element element;
+    bool isDictionaryKey = false;  // a <key> in key position: always an immutable string
+    bool hasObject = false;        // <plist>: its one object was read
+    size_t mark = 0;               // containers: builder size when they opened
+};
+
+class XMLReader {
+public:
+    XMLReader(const char* text, size_t length, size_t firstLine, bool standIns, PropertyListBuilder& builder,
+              ParseError& error)
+        : text_(text), length_(length), firstLine_(firstLine), standIns_(standIns), builder_(builder), error_(error) {}
+
+    bool run() {
+        parser_ = XML_ParserCreate("UTF-8");
+        if (parser_ == nullptr) {
+            error_.message = "Encountered unexpected EOF";
+            return false;
+        }
+        XML_SetUserData(parser_, this);
+        XML_SetElementHandler(parser_, onStart, onEnd);
+        XML_SetCharacterDataHandler(parser_, onText);
+        XML_SetCommentHandler(parser_, onComment);
+        XML_SetProcessingInstructionHandler(parser_, onInstruction);
+        XML_SetCdataSectionHandler(parser_, onCdataStart, onCdataEnd);
+        // Nothing outside the document is ever read: no parameter entities,
+        // and any external entity reference is an error.
+        XML_SetParamEntityParsing(parser_, XML_PARAM_ENTITY_PARSING_NEVER);
+        XML_SetExternalEntityRefHandler(parser_, refuseExternalEntity);
+        XML_Parse(parser_, text_, int(length_), XML_TRUE);
+        if (!done_ && !failed_) mapParserError();
+        XML_ParserFree(parser_);
+        return done_;
+    }
+
+private:
+    static XMLReader& self(void* userData) { return *static_cast<XMLReader*>(userData); }
+
+    static int XMLCALL refuseExternalEntity(XML_Parser, const XML_Char*, const XML_Char*, const XML_Char*,
+                                            const XML_Char*) {
+        return XML_STATUS_ERROR;
+    }
+
+    static void XMLCALL onStart(void* userData, const XML_Char* name, const XML_Char**) { self(userData).start(name); }
+    static void XMLCALL onEnd(void* userData, const XML_Char*) { self(userData).end(); }
+    static void XMLCALL onText(void* userData, const XML_Char* s, int length) { self(userData).characters(s, length); }
+    static void XMLCALL onComment(void* userData, const XML_Char*) { self(userData).markup('!'); }
+    static void XMLCALL onInstruction(void* userData, const XML_Char*, const XML_Char*) {
+        self(userData).markup('?');
+    }
+    static void XMLCALL onCdataStart(void* userData) { self(userData).cdataStart(); }
+    static void XMLCALL onCdataEnd(void* userData) { self(userData).inCdata_ = false; }
+
+    bool stopped() const { return done_ || failed_; }
+
+    size_t line() const { return firstLine_ + size_t(XML_GetCurrentLineNumber(parser_)) - 1; }
+
+    // The raw text of the current event.
+    const char* eventText() const { return text_ + XML_GetCurrentByteIndex(parser_); }
+    size_t eventLength() const { return size_t(XML_GetCurrentByteCount(parser_)); }
+
+    [[gnu::format(printf, 2, 3)]] void fail(const char* format, ...) {
+        char small[512];
+        std::va_list arguments;
+        va_start(arguments, format);
+        int needed = std::vsnprintf(small, sizeof small, format, arguments);
+        va_end(arguments);
+        error_.message.assign(small, needed < 0 ? 0 : std::min(size_t(needed), sizeof small - 1));
+        failed_ = true;
+        XML_StopParser(parser_, XML_FALSE);
+    }
+
+    void failUnexpectedInLeaf(const std::string& character) {
+        Element e = open_.back().element;
+        if (isBoolean(e)) return fail("Encountered non-empty <%s> on line %zu", nameOf(e), line());
+        fail("Encountered unexpected character %s on line %zu while looking for close tag", character.c_str(), line());
+    }
+
+    void start(const XML_Char* name) {
+        if (stopped()) return;
+        Element element{};
+        bool known = elementNamed(name, element);
+        bool isDictionaryKey = false;
+        if (!open_.empty()) {
+            const OpenElement& parent = open_.back();
+            if (!isContainer(parent.element)) return failUnexpectedInLeaf(characterAt(name, std::strlen(name)));
+            if (parent.element == Element::kPlist && parent.hasObject) {
+                return fail("Encountered unexpected element at line %zu (plist can only include one object)", line());
+            }
+            if (parent.element == Element::kDict && (builder_.size() - parent.mark) % 2 == 0) {
+                if (known && element != Element::kKey) return fail("Found non-key inside <dict> at line %zu", line());
+                isDictionaryKey = true;
+            }
+        }
+        if (!known || (element == Element::kPlist && !open_.empty())) {
+            return fail("Encountered unknown tag %s on line %zu", name, line());
+        }
+        if (element == Element::kArray || element == Element::kDict) {
+            if (containerDepth_ == kPropertyListMaxNesting) {
+                return fail("Too many nested arrays or dictionaries, failing on line %zu", line());
+            }
+            ++containerDepth_;
+        }
+        if (!isContainer(element)) {
+            content_.clear();
+            contentLine_ = line() + countLineBreaks(eventText(), eventText() + eventLength());
+        }
+        open_.push_back(OpenElement{element, isDictionaryKey, false, builder_.size()});
+    }
+
+    void end() {
+        if (stopped()) return;
+        const OpenElement& element = open_.back();
+        bool selfClosing = eventLength() == 0;
+        switch (element.element) {
+            case Element::kPlist:
+                if (!element.hasObject) return fail("Encountered empty plist tag");
+                break;
+            case Element::kArray:
+                if (!builder_.makeArray(element.mark)) return fail("Encountered unexpected EOF");
+                --containerDepth_;
+                break;
+            case Element::kDict:
+                if ((builder_.size() - element.mark) % 2 != 0) {
+                    return fail("Value missing for key inside <dict> at line %zu", line());
+                }
+                if (!builder_.makeDictionary(element.mark)) return fail("Encountered unexpected EOF");
+                --containerDepth_;
+                break;
+            case Element::kString:
+            case Element::kKey:
+                if (standIns_) restoreRefused(content_);
+                if (!builder_.pushString(content_.data(), content_.size(), element.isDictionaryKey)) {
+                    return fail("Unable to convert string to correct encoding");
+                }
+                break;
+            case Element::kInteger:
+                if (!finishInteger()) return;
+                break;
+            case Element::kReal:
+                if (selfClosing) return fail("Encountered empty <real> on line %zu", line());
+                if (!finishReal()) return;
+                break;
+            case Element::kDate:
+                if (selfClosing) return fail("Encountered empty <date> on line %zu", line());
+                if (!finishDate()) return;
+                break;
+            case Element::kData:
+                if (selfClosing) return fail("Encountered empty <data> on line %zu", line());
+                if (!finishData()) return;
+                break;
+            case Element::kTrue:
+            case Element::kFalse:
+                builder_.pushBoolean(element.element == Element::kTrue);
+                break;
+        }
+        open_.pop_back();
+        if (open_.empty()) {
+            // The first element is the document; whatever follows is ignored.
+            done_ = true;
+            XML_StopParser(parser_, XML_FALSE);
+        } else if (open_.back().element == Element::kPlist) {
+            open_.back().hasObject = true;
+        }
+    }
+
+    void characters(const XML_Char* s, int length) {
+        if (stopped() || open_.empty()) return;
+        const char* raw = eventText();
+        size_t rawLength = eventLength();
+        Element e = open_.back().element;
+        if (isContainer(e)) {
+            for (size_t i = 0; i < rawLength; ++i) {
+                if (isXMLSpace(raw[i])) continue;
+                return fail("Encountered unexpected character %s on line %zu while looking for open tag",
+                            characterAt(raw + i, rawLength - i).c_str(), line() + countLineBreaks(raw, raw + i));
+            }
+            return;
+        }
+        if (isBoolean(e)) return fail("Encountered non-empty <%s> on line %zu", nameOf(e), line());
+        if (e == Element::kInteger || e == Element::kDate || e == Element::kData) {
+            // Read as written: entities mean nothing to these.
+            content_.append(raw, rawLength);
+            return;
+        }
+        // Text as written, so that CR and CRLF survive (the parser turns
+        // both into LF); references as the parser decoded them.
+        bool isReference = !inCdata_ && rawLength > 0 && raw[0] == '&';
+        if (!isReference && (rawLength == size_t(length) || (rawLength > 0 && raw[0] == '\r'))) {
+            content_.append(raw, rawLength);
+            return;
+        }
+        if (isReference && rawLength > 2 && raw[1] == '#' && !checkReferenceLength(rawLength)) return;
+        content_.append(s, size_t(length));
+    }
+
+    // At most eight characters between "&#" and ";".
+    bool checkReferenceLength(size_t length) {
+        if (length < 3 || length - 3 <= 8) return true;
+        fail("Encountered unparseable unicode sequence at line %zu while parsing data (too large of a value for a "
+             "Unicode sequence)",
+             line());
+        return false;
+    }
+
+    void markup(char kind) {
+        if (stopped() || open_.empty()) return;
+        Element e = open_.back().element;
+        if (isContainer(e)) return;
+        if (isText(e) && kind == '!') return fail("Encountered improper CDATA opening at line %zu", line());
+        failUnexpectedInLeaf(std::string(1, kind));
+    }
+
+    void cdataStart() {
+        if (stopped() || open_.empty()) return;
+        Element e = open_.back().element;
+        if (isText(e)) {
+            inCdata_ = true;
+            cdataLine_ = line();
+            return;
+        }
+        if (isContainer(e)) return fail("Encountered unexpected EOF");
+        failUnexpectedInLeaf("!");
+    }
+
+    // --- Leaves ---
+
+    size_t contentLineAt(size_t index) const {
+        return contentLine_ + countLineBreaks(content_.data(), content_.data() + index);
+    }
+
+    bool finishInteger() {
+        if (standIns_) restoreRefused(content_);
+        const std::string& t = content_;
+        if (t.empty()) {
+            fail("Encountered empty <integer> on line %zu", line());
+            return false;
+        }
+        size_t i = 0;
+        while (i < t.size() && isXMLSpace(t[i])) ++i;
+        bool negative = false;
+        if (i < t.size() && (t[i] == '-' || t[i] == '+')) negative = t[i++] == '-';
+        while (i < t.size() && isXMLSpace(t[i])) ++i;
+        unsigned base = 10;
+        if (i + 1 < t.size() && t[i] == '0' && (t[i + 1] == 'x' || t[i + 1] == 'X')) {
+            base = 16;
+            i += 2;
+        }
+        if (i == t.size()) {
+            fail("Incomplete <integer> on line %zu", contentLineAt(i));
+            return false;
+        }
+        uint64_t magnitude = 0;
+        bool overflow = false;
+        for (; i < t.size(); ++i) {
+            char c = t[i];
+            unsigned digit;
+            if (c >= '0' && c <= '9') {
+                digit = unsigned(c - '0');
+            } else if ((c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F')) {
+                if (base == 10) {
+                    fail("Hex digit in non-hex <integer> on line %zu", contentLineAt(i));
+                    return false;
+                }
+                digit = unsigned((c | 0x20) - 'a' + 10);
+            } else {
+                std::string character = characterAt(t.data() + i, t.size() - i);
+                std::u16string units;
+                decodeUTF8(reinterpret_cast<const uint8_t*>(character.data()), character.size(), units);
+                uint32_t code = units.empty() ? 0 : units[0];
+                if (units.size() == 2) code = 0x10000 + ((uint32_t(units[0]) - 0xD800) << 10) + (units[1] - 0xDC00);
+                fail("Unknown character '%s' (0x%02x) in <integer> on line %zu", character.c_str(), code,
+                     contentLineAt(i));
+                return false;
+            }
+            if (magnitude > (UINT64_MAX - digit) / base) overflow = true;
+            magnitude = magnitude * base + digit;
+        }
+        constexpr uint64_t kMostNegative = uint64_t(1) << 63;
+        if (negative && (overflow || magnitude > kMostNegative)) {
+            fail("Integer underflow in <integer> on line %zu", line());
+            return false;
+        }
+        if (overflow) {
+            fail("Integer overflow in <integer> on line %zu", line());
+            return false;
+        }
+        bool made;
+        if (magnitude == 0) {
+            int32_t zero = 0;
+            made = builder_.pushNumber(kCFNumberSInt32Type, &zero);
+        } else if (negative || magnitude <= uint64_t(INT64_MAX)) {
+            int64_t value = negative ? int64_t(0 - magnitude) : int64_t(magnitude);
+            made = builder_.pushNumber(kCFNumberSInt64Type, &value);
+        } else {
+            made = builder_.pushNumber(kCFNumberUInt64Type, &magnitude);
+        }
+        if (!made) fail("Encountered unexpected EOF");
+        return made;
+    }
+
+    bool finishReal() {
+        if (standIns_) restoreRefused(content_);
+        double value;
+        if (!parseReal(content_, value)) {
+            fail("Encountered misformatted real on line %zu", line());
+            return false;
+        }
+        if (!builder_.pushNumber(kCFNumberFloat64Type, &value)) {
+            fail("Encountered unexpected EOF");
+            return false;
+        }
+        return true;
+    }
+
+    static bool parseReal(std::string_view t, double& value) {
+        struct Special {
+            const char* text;
+            double value;
+        };
+        constexpr double kInfinity = HUGE_VAL;
+        static constexpr Special kSpecials[] = {
+            {"nan", NAN},          {"inf", kInfinity},        {"+inf", kInfinity},        {"-inf", -kInfinity},
+            {"infinity", kInfinity}, {"+infinity", kInfinity}, {"-infinity", -kInfinity},
+        };
+        if (t.size() <= 9) {
+            char lower[10] = {};
+            for (size_t i = 0; i < t.size(); ++i) lower[i] = char(t[i] >= 'A' && t[i] <= 'Z' ? t[i] + 32 : t[i]);
+            for (const Special& special : kSpecials) {
+                if (std::strcmp(lower, special.text) == 0) {
+                    value = special.value;
+                    return true;
+                }
+            }
+        }
+        size_t i = 0;
+        while (i < t.size() && (isXMLSpace(t[i]) || t[i] == '\v' || t[i] == '\f')) ++i;
+        t.remove_prefix(i);
+        if (t.empty() || t.find_first_not_of("0123456789+-.eE") != std::string_view::npos) return false;
+        // from_chars takes no '+' sign; strtod, which the form is defined
+        // by, takes one.
+        std::string_view number = t;
+        if (number[0] == '+') {
+            number.remove_prefix(1);
+            if (number.empty() || number[0] == '+' || number[0] == '-') return false;
+        }
+        auto [end, status] = std::from_chars(number.data(), number.data() + number.size(), value);
+        if (end != number.data() + number.size()) return false;
+        if (status == std::errc::result_out_of_range) {
+            // Too large or too small for a double: strtod's infinity or
+            // denormal, as the form has always read.
+            std::string copy(t);
+            value = strtod_l(copy.c_str(), nullptr, cLocale());
+            return true;
+        }
+        return status == std::errc();
+    }
+
+    // [-]Y...Y-MM-DDTHH:MM:SSZ exactly, in UTC; fields are not range-checked.
+    bool finishDate() {
+        if (standIns_) restoreRefused(content_);
+        CFAbsoluteTime time;
+        if (!parseDate(content_, time)) {
+            fail("Could not interpret <date> at line %zu", line());
+            return false;
+        }
+        if (!builder_.pushDate(time)) {
+            fail("Encountered unexpected EOF");
+            return false;
+        }
+        return true;
+    }
+
+    static bool parseDate(std::string_view t, CFAbsoluteTime& time) {
+        size_t i = 0;
+        bool negative = !t.empty() && t[0] == '-';
+        if (negative) ++i;
+        // Twelve digits reach beyond the years any date can be written for.
+        int64_t year = 0;
+        size_t digits = 0;
+        while (i < t.size() && t[i] >= '0' && t[i] <= '9') {
+            if (++digits > 12) return false;
+            year = year * 10 + (t[i++] - '0');
+        }
+        if (digits == 0) return false;
+        auto twoDigits = [&](char before, int& field) {
+            if (i + 3 > t.size() || t[i] != before) return false;
+            char a = t[i + 1], b = t[i + 2];
+            if (a < '0' || a > '9' || b < '0' || b > '9') return false;
+            field = (a - '0') * 10 + (b - '0');
+            i += 3;
+            return true;
+        };
+        int month, day, hour, minute, second;
+        if (!twoDigits('-', month) || !twoDigits('-', day) || !twoDigits('T', hour) || !twoDigits(':', minute) ||
+            !twoDigits(':', second)) {
+            return false;
+        }
+        if (i + 1 != t.size() || t[i] != 'Z') return false;
+        DateTimeFields fields{negative ? -year : year, month, day, hour, minute, double(second)};
+        time = absoluteTimeFromDateTime(fields);
+        // Kept to the times the writer can write back.
+        DateTimeFields check;
+        return dateTimeFromAbsoluteTime(time, check);
+    }
+
+    bool finishData() {
+        if (standIns_) restoreRefused(content_);
+        bytes_.clear();
+        ptrdiff_t refused = decodeBase64Leniently(content_.data(), content_.size(), bytes_);
+        if (refused >= 0) {
+            fail("Could not interpret <data> on line %zu (invalid character 0x%02X)", contentLineAt(size_t(refused)),
+                 unsigned(uint8_t(content_[size_t(refused)])));
+            return false;
+        }
+        if (!builder_.pushData(bytes_.data(), bytes_.size())) {
+            fail("Encountered unexpected EOF");
+            return false;
+        }
+        return true;
+    }
+
+    // --- Errors the parser found ---
+
+    bool at(size_t offset, std::string_view what) const {
+        return offset <= length_ && std::string_view(text_ + offset, length_ - offset).starts_with(what);
+    }
+
+    // The "&" that starts the reference offset lies in (at most a dozen
+    // name or number characters back), or npos.
+    size_t referenceStartBefore(size_t offset) const {
+        if (length_ == 0) return std::string_view::npos;
+        size_t k = std::min(offset, length_ - 1);
+        for (size_t steps = 0; steps <= 12; ++steps, --k) {
+            char c = text_[k];
+            if (c == '&') return k;
+            bool partOfReference =
+                (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '#';
+            if (k != offset && !partOfReference) break;
+            if (k == 0) break;
+        }
+        return std::string_view::npos;
+    }
+
+    void failAtEnd() {
+        if (!open_.empty()) {
+            const OpenElement& top = open_.back();
+            if (top.element == Element::kInteger) return fail("Premature end of file after <integer> on line %zu", line());
+            if (top.element == Element::kDict && (builder_.size() - top.mark) % 2 != 0) {
+                return fail("Value missing for key inside <dict> at line %zu", line());
+            }
+        }
+        fail("Encountered unexpected EOF");
+    }
+
+    void mapParserError() {
+        XML_Error code = XML_GetErrorCode(parser_);
+        size_t offset = std::min(size_t(XML_GetCurrentByteIndex(parser_)), length_);
+        const OpenElement* top = open_.empty() ? nullptr : &open_.back();
+        std::string character = characterAt(text_ + offset, length_ - offset);
+        switch (code) {
+            case XML_ERROR_NO_ELEMENTS:
+            case XML_ERROR_UNCLOSED_TOKEN:
+            case XML_ERROR_PARTIAL_CHAR:
+                if (at(offset, "<!--")) return fail("Unterminated comment started on line %zu", line());
+                if (at(offset, "<?")) {
+                    return fail("Encountered unexpected EOF while parsing the processing instruction begun on line %zu",
+                                line());
+                }
+                return failAtEnd();
+            case XML_ERROR_UNCLOSED_CDATA_SECTION:
+                return fail("Could not find end of CDATA started on line %zu", inCdata_ ? cdataLine_ : line());
+            case XML_ERROR_TAG_MISMATCH:
+                return fail("Close tag on line %zu does not match open tag %s", line(),
+                            top != nullptr ? nameOf(top->element) : "");
+            case XML_ERROR_UNDEFINED_ENTITY:
+                return fail("Encountered unknown ampersand-escape sequence at line %zu", line());
+            case XML_ERROR_BAD_CHAR_REF: {
+                const void* semicolon = std::memchr(text_ + offset, ';', std::min<size_t>(length_ - offset, 64));
+                if (semicolon != nullptr && at(offset, "&#") &&
+                    !checkReferenceLength(size_t(static_cast<const char*>(semicolon) - (text_ + offset)) + 1)) {
+                    return;
+                }
+                return fail("Encountered unparseable Unicode sequence at line %zu while parsing data (input did not "
+                            "result in a real string)",
+                            line());
+            }
+            default:
+                break;
+        }
+        // A reference cut short or holding a bad digit: the parser stops at
+        // the character after "&" or in the number.
+        if (size_t ampersand = referenceStartBefore(offset); ampersand != std::string_view::npos) {
+            if (at(ampersand, "&#")) {
+                return fail("Encountered unexpected character %s at line %zu while parsing data", character.c_str(),
+                            line());
+            }
+            return fail("Encountered unknown ampersand-escape sequence at line %zu", line());
+        }
+        if (offset >= 1 && text_[offset - 1] == '<' && offset < length_ &&
+            (text_[offset] == '>' || isXMLSpace(text_[offset]))) {
+            return fail("Malformed tag on line %zu", line());
+        }
+        Element e = top != nullptr ? top->element : Element::kPlist;
+        if (offset >= 2 && text_[offset - 2] == '<' && text_[offset - 1] == '!') {
+            if (isText(e)) return fail("Encountered improper CDATA opening at line %zu", line());
+            if (isContainer(e)) return fail("Encountered unexpected EOF");
+            return failUnexpectedInLeaf("!");
+        }
+        if (offset < length_ && uint8_t(text_[offset]) >= 0x80) {
+            if (isText(e)) return fail("Unable to convert string to correct encoding");
+            if (e == Element::kData) {
+                return fail("Could not interpret <data> on line %zu (invalid character 0x%02X)", line(),
+                            unsigned(uint8_t(text_[offset])));
+            }
+        }
+        // Inside a close tag, or where one was the only thing allowed.
+        size_t tagStart = std::min(offset, length_ - 1);
+        while (tagStart > 0 && text_[tagStart] != '<' && text_[tagStart] != '>') --tagStart;
+        bool inCloseTag = at(tagStart, "</");
+        if (inCloseTag || !isContainer(e)) {
+            if (isBoolean(e) && !inCloseTag) return fail("Encountered non-empty <%s> on line %zu", nameOf(e), line());
+            return fail("Encountered unexpected character %s on line %zu while looking for close tag", character.c_str(),
+                        line());
+        }
+        fail("Encountered unexpected character %s on line %zu while looking for open tag", character.c_str(), line());
+    }
+
+    const char* text_;
+    size_t length_;
+    size_t firstLine_;
+    bool standIns_;
+    PropertyListBuilder& builder_;
+    ParseError& error_;
+    XML_Parser parser_ = nullptr;
+    std::vector<OpenElement> open_;
+    size_t containerDepth_ = 0;
+    std::string content_;  // text of the open leaf
+    size_t contentLine_ = 0;
+    std::vector<uint8_t> bytes_;
+    bool inCdata_ = false;
+    size_t cdataLine_ = 0;
+    bool done_ = false;
+    bool failed_ = false;
+};
+
+}  // namespace
+
+bool readXMLPropertyList(const char* text, size_t length, PropertyListBuilder& builder, ParseError& error) {
+    size_t offset = 0, line = 1;
+    if (!skipProlog(text, length, offset, line, error)) return false;
+    const char* body = text + offset;
+    size_t bodyLength = length - offset;
+    std::string replaced;
+    int refused = refusedCharacters(body, bodyLength);
+    if (refused < 0) {
+        error.message = "Unable to convert string to correct encoding";
+        return false;
+    }
+    if (refused > 0) {
+        replaced = withStandIns(body, bodyLength);
+        body = replaced.data();
+        bodyLength = replaced.size();
+    }
+    XMLReader reader(body, bodyLength, line, refused > 0, builder, error);
+    return reader.run();
+}
+
+}  // namespace halvane::detail
