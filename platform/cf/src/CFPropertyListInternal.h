@@ -10,6 +10,7 @@
 #include <CoreFoundation/CFPropertyList.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace halvane::detail {
@@ -93,11 +94,52 @@ bool readXMLPropertyList(const char* text, size_t length, PropertyListBuilder& b
 bool propertyListTextAsUTF8(const uint8_t* bytes, size_t length, std::string& storage, const char*& text,
                             size_t& textLength, ParseError& error);
 
+// The scalars of the XML form. An <integer> is optional whitespace, an
+// optional sign, optional whitespace, then decimal digits or 0x and hex
+// digits, in [-2^63, 2^64 - 1].
+enum class IntegerProblem { kNone, kEmpty, kIncomplete, kHexDigitInDecimal, kUnknownCharacter, kOverflow, kUnderflow };
+struct ParsedInteger {
+    IntegerProblem problem = IntegerProblem::kNone;
+    size_t position = 0;  // of the character at fault
+    bool negative = false;
+    uint64_t magnitude = 0;
+};
+ParsedInteger parseXMLInteger(std::string_view text);
+// nan, inf and infinity (any case, optionally signed), or leading
+// whitespace and a decimal number that takes the rest of the text.
+bool parseXMLReal(std::string_view text, double& value);
+// [-]Y...Y-MM-DDTHH:MM:SSZ exactly, in UTC; fields are not range-checked.
+// Only times that can be written back are accepted.
+bool parseXMLDate(std::string_view text, CFAbsoluteTime& time);
+
 // Reads an old-style (OpenStep) property list from UTF-8 text into builder.
 bool readOpenStepPropertyList(const char* text, size_t length, PropertyListBuilder& builder, ParseError& error);
 
 // Lines as the readers count them: LF, CR and CRLF each end one.
 size_t countLineBreaks(const char* begin, const char* end);
+
+inline bool isXMLSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// Skips the prolog of an XML document (whitespace, processing instructions,
+// comments, DOCTYPE declarations without an internal subset); offset and
+// line receive where the first element starts.
+bool skipProlog(const char* text, size_t length, size_t& offset, size_t& line, ParseError& error);
+
+// Expat refuses characters that property-list strings have always carried
+// (C0 controls other than TAB, LF and CR; U+FFFE; U+FFFF). Documents that
+// hold any are handed to it with stand-ins from U+FDD0...U+FDEF, which the
+// reader turns back in the text it reads.
+// 0: nothing to replace; 1: stand-ins needed; -1: the text also holds the
+// stand-ins themselves, so the replacement could not be undone.
+int refusedCharacters(const char* text, size_t length);
+std::string withStandIns(const char* text, size_t length);
+void restoreRefused(std::string& text);
+
+// The character at p as UTF-8 for a message: a stand-in as what it stands
+// for, a byte that starts no valid sequence as U+FFFD.
+std::string characterAt(const char* p, size_t available);
+// The code point of the one character that UTF-8 text holds.
+uint32_t codePointOf(const std::string& character);
 
 }  // namespace halvane::detail
 

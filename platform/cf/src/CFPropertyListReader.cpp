@@ -1,26 +1,18 @@
 // The XML property-list reader.
 //
 // The prolog (XML declaration, processing instructions, comments, the
-// DOCTYPE) is skipped here, so the XML parser only ever sees the elements:
-// no DTD, no entity declaration and no external reference can reach it,
-// and the document type is never loaded from anywhere. Expat parses the
-// elements; the handlers below check them against the property-list rules
-// and build the objects with an explicit stack, stopping the parser after
-// the first element, whatever follows it.
-//
-// Expat forbids some characters that property-list strings have always
-// carried (C0 controls, U+FFFE, U+FFFF): when a document holds any, they are
-// handed to Expat as noncharacters of U+FDD0...U+FDEF and restored in the
-// text read.
+// DOCTYPE) is skipped before the XML parser starts, so that it only ever
+// sees the elements: no DTD, no entity declaration and no external
+// reference can reach it, and the document type is never loaded from
+// anywhere. Expat parses the elements; the handlers below check them
+// against the property-list rules and build the objects with an explicit
+// stack, stopping the parser after the first element, whatever follows.
 #include "CFBase64.h"
-#include "CFGregorian.h"
 #include "CFPropertyListInternal.h"
 #include "CFStringInternal.h"
 
 #include <expat.h>
 
-#include <charconv>
-#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -30,200 +22,6 @@
 namespace halvane::detail {
 
 namespace {
-
-inline bool isXMLSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...) {
-    char small[256];
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::va_list copy;
-    va_copy(copy, arguments);
-    int needed = std::vsnprintf(small, sizeof small, format, copy);
-    va_end(copy);
-    std::string text;
-    if (needed >= 0 && size_t(needed) < sizeof small) {
-        text.assign(small, size_t(needed));
-    } else if (needed >= 0) {
-        text.resize(size_t(needed) + 1);
-        std::vsnprintf(text.data(), text.size(), format, arguments);
-        text.resize(size_t(needed));
-    }
-    va_end(arguments);
-    return text;
-}
-
-// --- Characters Expat refuses ----------------------------------------------
-
-// U+FDD0 + c stands for the control character c; U+FDD9 and U+FDDA (the
-// places of TAB and LF, which need no stand-in) for U+FFFE and U+FFFF.
-constexpr uint8_t kStandInLead0 = 0xEF;
-constexpr uint8_t kStandInLead1 = 0xB7;
-constexpr uint8_t kStandInFirst = 0x90;
-constexpr uint8_t kStandInLast = 0xAF;
-constexpr uint8_t kStandInFFFE = kStandInFirst + 0x09;
-constexpr uint8_t kStandInFFFF = kStandInFirst + 0x0A;
-
-inline bool isRefusedControl(uint8_t b) { return b < 0x20 && b != '\t' && b != '\n' && b != '\r'; }
-
-inline bool isStandIn(const char* p, size_t available) {
-    return available >= 3 && uint8_t(p[0]) == kStandInLead0 && uint8_t(p[1]) == kStandInLead1 &&
-           uint8_t(p[2]) >= kStandInFirst && uint8_t(p[2]) <= kStandInLast;
-}
-
-// 0: nothing to replace; 1: replacements needed; -1: the text also holds
-// the stand-ins themselves, so the replacement could not be undone.
-int refusedCharacters(const char* text, size_t length) {
-    bool refused = false, standIns = false;
-    for (size_t i = 0; i < length; ++i) {
-        uint8_t b = uint8_t(text[i]);
-        if (b >= 0x20 && b != kStandInLead0) continue;
-        if (b == kStandInLead0) {
-            if (i + 2 < length && uint8_t(text[i + 1]) == 0xBF && uint8_t(text[i + 2]) >= 0xBE) refused = true;
-            if (isStandIn(text + i, length - i)) standIns = true;
-        } else if (isRefusedControl(b)) {
-            refused = true;
-        }
-    }
-    if (!refused) return 0;
-    return standIns ? -1 : 1;
-}
-
-std::string withStandIns(const char* text, size_t length) {
-    std::string out;
-    out.reserve(length + length / 8);
-    for (size_t i = 0; i < length; ++i) {
-        uint8_t b = uint8_t(text[i]);
-        if (isRefusedControl(b)) {
-            out.append({char(kStandInLead0), char(kStandInLead1), char(kStandInFirst + b)});
-        } else if (b == 0xEF && i + 2 < length && uint8_t(text[i + 1]) == 0xBF && uint8_t(text[i + 2]) >= 0xBE) {
-            uint8_t standIn = uint8_t(text[i + 2]) == 0xBE ? kStandInFFFE : kStandInFFFF;
-            out.append({char(kStandInLead0), char(kStandInLead1), char(standIn)});
-            i += 2;
-        } else {
-            out.push_back(char(b));
-        }
-    }
-    return out;
-}
-
-void restoreRefused(std::string& text) {
-    size_t to = 0;
-    for (size_t from = 0; from < text.size();) {
-        if (!isStandIn(text.data() + from, text.size() - from)) {
-            text[to++] = text[from++];
-            continue;
-        }
-        uint8_t standIn = uint8_t(text[from + 2]);
-        if (standIn == kStandInFFFE || standIn == kStandInFFFF) {
-            text[to++] = char(0xEF);
-            text[to++] = char(0xBF);
-            text[to++] = char(standIn == kStandInFFFE ? 0xBE : 0xBF);
-        } else {
-            text[to++] = char(standIn - kStandInFirst);
-        }
-        from += 3;
-    }
-    text.resize(to);
-}
-
-// The character at p as UTF-8 text for a message (a stand-in as what it
-// stands for; a byte that starts no valid sequence as U+FFFD).
-std::string characterAt(const char* p, size_t available) {
-    if (available == 0) return {};
-    if (isStandIn(p, available)) {
-        std::string restored(p, 3);
-        restoreRefused(restored);
-        return restored;
-    }
-    uint8_t lead = uint8_t(*p);
-    size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 0;
-    std::u16string units;
-    if (length == 0 || length > available || !decodeUTF8(reinterpret_cast<const uint8_t*>(p), length, units)) {
-        return "\xEF\xBF\xBD";
-    }
-    return std::string(p, length);
-}
-
-// --- The prolog --------------------------------------------------------------
-
-// Skips whitespace, processing instructions, comments and DOCTYPE
-// declarations; offset and line receive where the first element starts.
-bool skipProlog(const char* text, size_t length, size_t& offset, size_t& line, ParseError& error) {
-    size_t i = 0;
-    line = 1;
-    auto advanceTo = [&](size_t to) {
-        line += countLineBreaks(text + i, text + to);
-        i = to;
-    };
-    auto find = [&](std::string_view what, size_t from) -> size_t {
-        std::string_view rest(text + from, length - from);
-        size_t at = rest.find(what);
-        return at == std::string_view::npos ? std::string_view::npos : from + at;
-    };
-    auto startsWith = [&](std::string_view what) { return std::string_view(text + i, length - i).starts_with(what); };
-    for (;;) {
-        size_t next = i;
-        while (next < length && isXMLSpace(text[next])) ++next;
-        advanceTo(next);
-        if (i == length) {
-            error.message = "No XML content found";
-            return false;
-        }
-        if (text[i] != '<') {
-            error.message = formatted("Unexpected character %s at line %zu", characterAt(text + i, length - i).c_str(),
-                                      line);
-            return false;
-        }
-        if (startsWith("<?")) {
-            size_t end = find("?>", i + 2);
-            if (end == std::string_view::npos) {
-                error.message =
-                    formatted("Encountered unexpected EOF while parsing the processing instruction begun on line %zu",
-                              line);
-                return false;
-            }
-            advanceTo(end + 2);
-        } else if (startsWith("<!--")) {
-            size_t end = find("-->", i + 4);
-            if (end == std::string_view::npos) {
-                error.message = formatted("Unterminated comment started on line %zu", line);
-                return false;
-            }
-            advanceTo(end + 3);
-        } else if (startsWith("<!DOCTYPE")) {
-            // Quoted identifiers may hold anything; an internal subset is
-            // refused, so no declaration of the document reaches the parser.
-            size_t j = i + 9;
-            char quote = 0;
-            for (; j < length; ++j) {
-                char c = text[j];
-                if (quote != 0) {
-                    if (c == quote) quote = 0;
-                } else if (c == '"' || c == '\'') {
-                    quote = c;
-                } else if (c == '[') {
-                    advanceTo(j);
-                    error.message = formatted("Encountered unexpected character [ on line %zu while parsing DTD", line);
-                    return false;
-                } else if (c == '>') {
-                    break;
-                }
-            }
-            if (j == length) {
-                error.message = "Encountered unexpected EOF while parsing DTD";
-                return false;
-            }
-            advanceTo(j + 1);
-        } else if (startsWith("<!")) {
-            error.message = formatted("Malformed DTD on line %zu", line);
-            return false;
-        } else {
-            offset = i;
-            return true;
-        }
-    }
-}
 
 // --- Elements ------------------------------------------------------------------
 
@@ -485,69 +283,43 @@ private:
 
     bool finishInteger() {
         if (standIns_) restoreRefused(content_);
-        const std::string& t = content_;
-        if (t.empty()) {
-            fail("Encountered empty <integer> on line %zu", line());
-            return false;
-        }
-        size_t i = 0;
-        while (i < t.size() && isXMLSpace(t[i])) ++i;
-        bool negative = false;
-        if (i < t.size() && (t[i] == '-' || t[i] == '+')) negative = t[i++] == '-';
-        while (i < t.size() && isXMLSpace(t[i])) ++i;
-        unsigned base = 10;
-        if (i + 1 < t.size() && t[i] == '0' && (t[i + 1] == 'x' || t[i + 1] == 'X')) {
-            base = 16;
-            i += 2;
-        }
-        if (i == t.size()) {
-            fail("Incomplete <integer> on line %zu", contentLineAt(i));
-            return false;
-        }
-        uint64_t magnitude = 0;
-        bool overflow = false;
-        for (; i < t.size(); ++i) {
-            char c = t[i];
-            unsigned digit;
-            if (c >= '0' && c <= '9') {
-                digit = unsigned(c - '0');
-            } else if ((c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F')) {
-                if (base == 10) {
-                    fail("Hex digit in non-hex <integer> on line %zu", contentLineAt(i));
-                    return false;
-                }
-                digit = unsigned((c | 0x20) - 'a' + 10);
-            } else {
-                std::string character = characterAt(t.data() + i, t.size() - i);
-                std::u16string units;
-                decodeUTF8(reinterpret_cast<const uint8_t*>(character.data()), character.size(), units);
-                uint32_t code = units.empty() ? 0 : units[0];
-                if (units.size() == 2) code = 0x10000 + ((uint32_t(units[0]) - 0xD800) << 10) + (units[1] - 0xDC00);
-                fail("Unknown character '%s' (0x%02x) in <integer> on line %zu", character.c_str(), code,
-                     contentLineAt(i));
+        ParsedInteger parsed = parseXMLInteger(content_);
+        size_t where = contentLineAt(parsed.position);
+        switch (parsed.problem) {
+            case IntegerProblem::kNone:
+                break;
+            case IntegerProblem::kEmpty:
+                fail("Encountered empty <integer> on line %zu", line());
+                return false;
+            case IntegerProblem::kIncomplete:
+                fail("Incomplete <integer> on line %zu", where);
+                return false;
+            case IntegerProblem::kHexDigitInDecimal:
+                fail("Hex digit in non-hex <integer> on line %zu", where);
+                return false;
+            case IntegerProblem::kUnknownCharacter: {
+                std::string character = characterAt(content_.data() + parsed.position, content_.size() - parsed.position);
+                fail("Unknown character '%s' (0x%02x) in <integer> on line %zu", character.c_str(),
+                     unsigned(codePointOf(character)), where);
                 return false;
             }
-            if (magnitude > (UINT64_MAX - digit) / base) overflow = true;
-            magnitude = magnitude * base + digit;
-        }
-        constexpr uint64_t kMostNegative = uint64_t(1) << 63;
-        if (negative && (overflow || magnitude > kMostNegative)) {
-            fail("Integer underflow in <integer> on line %zu", line());
-            return false;
-        }
-        if (overflow) {
-            fail("Integer overflow in <integer> on line %zu", line());
-            return false;
+            case IntegerProblem::kOverflow:
+                fail("Integer overflow in <integer> on line %zu", line());
+                return false;
+            case IntegerProblem::kUnderflow:
+                fail("Integer underflow in <integer> on line %zu", line());
+                return false;
         }
         bool made;
-        if (magnitude == 0) {
+        if (parsed.magnitude == 0) {
+            // Zero is the one integer read as a 32-bit number.
             int32_t zero = 0;
             made = builder_.pushNumber(kCFNumberSInt32Type, &zero);
-        } else if (negative || magnitude <= uint64_t(INT64_MAX)) {
-            int64_t value = negative ? int64_t(0 - magnitude) : int64_t(magnitude);
+        } else if (parsed.negative || parsed.magnitude <= uint64_t(INT64_MAX)) {
+            int64_t value = parsed.negative ? int64_t(0 - parsed.magnitude) : int64_t(parsed.magnitude);
             made = builder_.pushNumber(kCFNumberSInt64Type, &value);
         } else {
-            made = builder_.pushNumber(kCFNumberUInt64Type, &magnitude);
+            made = builder_.pushNumber(kCFNumberUInt64Type, &parsed.magnitude);
         }
         if (!made) fail("Encountered unexpected EOF");
         return made;
@@ -556,7 +328,7 @@ private:
     bool finishReal() {
         if (standIns_) restoreRefused(content_);
         double value;
-        if (!parseReal(content_, value)) {
+        if (!parseXMLReal(content_, value)) {
             fail("Encountered misformatted real on line %zu", line());
             return false;
         }
@@ -567,54 +339,10 @@ private:
         return true;
     }
 
-    static bool parseReal(std::string_view t, double& value) {
-        struct Special {
-            const char* text;
-            double value;
-        };
-        constexpr double kInfinity = HUGE_VAL;
-        static constexpr Special kSpecials[] = {
-            {"nan", NAN},          {"inf", kInfinity},        {"+inf", kInfinity},        {"-inf", -kInfinity},
-            {"infinity", kInfinity}, {"+infinity", kInfinity}, {"-infinity", -kInfinity},
-        };
-        if (t.size() <= 9) {
-            char lower[10] = {};
-            for (size_t i = 0; i < t.size(); ++i) lower[i] = char(t[i] >= 'A' && t[i] <= 'Z' ? t[i] + 32 : t[i]);
-            for (const Special& special : kSpecials) {
-                if (std::strcmp(lower, special.text) == 0) {
-                    value = special.value;
-                    return true;
-                }
-            }
-        }
-        size_t i = 0;
-        while (i < t.size() && (isXMLSpace(t[i]) || t[i] == '\v' || t[i] == '\f')) ++i;
-        t.remove_prefix(i);
-        if (t.empty() || t.find_first_not_of("0123456789+-.eE") != std::string_view::npos) return false;
-        // from_chars takes no '+' sign; strtod, which the form is defined
-        // by, takes one.
-        std::string_view number = t;
-        if (number[0] == '+') {
-            number.remove_prefix(1);
-            if (number.empty() || number[0] == '+' || number[0] == '-') return false;
-        }
-        auto [end, status] = std::from_chars(number.data(), number.data() + number.size(), value);
-        if (end != number.data() + number.size()) return false;
-        if (status == std::errc::result_out_of_range) {
-            // Too large or too small for a double: strtod's infinity or
-            // denormal, as the form has always read.
-            std::string copy(t);
-            value = strtod_l(copy.c_str(), nullptr, cLocale());
-            return true;
-        }
-        return status == std::errc();
-    }
-
-    // [-]Y...Y-MM-DDTHH:MM:SSZ exactly, in UTC; fields are not range-checked.
     bool finishDate() {
         if (standIns_) restoreRefused(content_);
         CFAbsoluteTime time;
-        if (!parseDate(content_, time)) {
+        if (!parseXMLDate(content_, time)) {
             fail("Could not interpret <date> at line %zu", line());
             return false;
         }
@@ -623,39 +351,6 @@ private:
             return false;
         }
         return true;
-    }
-
-    static bool parseDate(std::string_view t, CFAbsoluteTime& time) {
-        size_t i = 0;
-        bool negative = !t.empty() && t[0] == '-';
-        if (negative) ++i;
-        // Twelve digits reach beyond the years any date can be written for.
-        int64_t year = 0;
-        size_t digits = 0;
-        while (i < t.size() && t[i] >= '0' && t[i] <= '9') {
-            if (++digits > 12) return false;
-            year = year * 10 + (t[i++] - '0');
-        }
-        if (digits == 0) return false;
-        auto twoDigits = [&](char before, int& field) {
-            if (i + 3 > t.size() || t[i] != before) return false;
-            char a = t[i + 1], b = t[i + 2];
-            if (a < '0' || a > '9' || b < '0' || b > '9') return false;
-            field = (a - '0') * 10 + (b - '0');
-            i += 3;
-            return true;
-        };
-        int month, day, hour, minute, second;
-        if (!twoDigits('-', month) || !twoDigits('-', day) || !twoDigits('T', hour) || !twoDigits(':', minute) ||
-            !twoDigits(':', second)) {
-            return false;
-        }
-        if (i + 1 != t.size() || t[i] != 'Z') return false;
-        DateTimeFields fields{negative ? -year : year, month, day, hour, minute, double(second)};
-        time = absoluteTimeFromDateTime(fields);
-        // Kept to the times the writer can write back.
-        DateTimeFields check;
-        return dateTimeFromAbsoluteTime(time, check);
     }
 
     bool finishData() {

@@ -1,12 +1,15 @@
 // The text of a property-list document before any parser sees it: its
-// encoding (byte-order marks, the XML declaration) converted to UTF-8, and
-// how lines are counted in messages.
+// encoding (byte-order marks, the XML declaration) converted to UTF-8, the
+// prolog of an XML document, the characters Expat refuses, and how lines
+// are counted and characters shown in messages.
 #include "CFPropertyListInternal.h"
 #include "CFStringInternal.h"
 
 #include <CoreFoundation/CFString.h>
 
 #include <algorithm>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 #include <string_view>
@@ -95,7 +98,200 @@ bool declaredEncoding(const char* text, size_t length, CFStringEncoding& encodin
     return false;
 }
 
+[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...) {
+    char small[256];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::va_list copy;
+    va_copy(copy, arguments);
+    int needed = std::vsnprintf(small, sizeof small, format, copy);
+    va_end(copy);
+    std::string text;
+    if (needed >= 0 && size_t(needed) < sizeof small) {
+        text.assign(small, size_t(needed));
+    } else if (needed >= 0) {
+        text.resize(size_t(needed) + 1);
+        std::vsnprintf(text.data(), text.size(), format, arguments);
+        text.resize(size_t(needed));
+    }
+    va_end(arguments);
+    return text;
+}
+
+// --- Characters Expat refuses ----------------------------------------------
+
+// U+FDD0 + c stands for the control character c; U+FDD9 and U+FDDA (the
+// places of TAB and LF, which need no stand-in) for U+FFFE and U+FFFF.
+constexpr uint8_t kStandInLead0 = 0xEF;
+constexpr uint8_t kStandInLead1 = 0xB7;
+constexpr uint8_t kStandInFirst = 0x90;
+constexpr uint8_t kStandInLast = 0xAF;
+constexpr uint8_t kStandInFFFE = kStandInFirst + 0x09;
+constexpr uint8_t kStandInFFFF = kStandInFirst + 0x0A;
+
+inline bool isRefusedControl(uint8_t b) { return b < 0x20 && b != '\t' && b != '\n' && b != '\r'; }
+
+inline bool isStandIn(const char* p, size_t available) {
+    return available >= 3 && uint8_t(p[0]) == kStandInLead0 && uint8_t(p[1]) == kStandInLead1 &&
+           uint8_t(p[2]) >= kStandInFirst && uint8_t(p[2]) <= kStandInLast;
+}
+
 }  // namespace
+
+int refusedCharacters(const char* text, size_t length) {
+    bool refused = false, standIns = false;
+    for (size_t i = 0; i < length; ++i) {
+        uint8_t b = uint8_t(text[i]);
+        if (b >= 0x20 && b != kStandInLead0) continue;
+        if (b == kStandInLead0) {
+            if (i + 2 < length && uint8_t(text[i + 1]) == 0xBF && uint8_t(text[i + 2]) >= 0xBE) refused = true;
+            if (isStandIn(text + i, length - i)) standIns = true;
+        } else if (isRefusedControl(b)) {
+            refused = true;
+        }
+    }
+    if (!refused) return 0;
+    return standIns ? -1 : 1;
+}
+
+std::string withStandIns(const char* text, size_t length) {
+    std::string out;
+    out.reserve(length + length / 8);
+    for (size_t i = 0; i < length; ++i) {
+        uint8_t b = uint8_t(text[i]);
+        if (isRefusedControl(b)) {
+            out.append({char(kStandInLead0), char(kStandInLead1), char(kStandInFirst + b)});
+        } else if (b == 0xEF && i + 2 < length && uint8_t(text[i + 1]) == 0xBF && uint8_t(text[i + 2]) >= 0xBE) {
+            uint8_t standIn = uint8_t(text[i + 2]) == 0xBE ? kStandInFFFE : kStandInFFFF;
+            out.append({char(kStandInLead0), char(kStandInLead1), char(standIn)});
+            i += 2;
+        } else {
+            out.push_back(char(b));
+        }
+    }
+    return out;
+}
+
+void restoreRefused(std::string& text) {
+    size_t to = 0;
+    for (size_t from = 0; from < text.size();) {
+        if (!isStandIn(text.data() + from, text.size() - from)) {
+            text[to++] = text[from++];
+            continue;
+        }
+        uint8_t standIn = uint8_t(text[from + 2]);
+        if (standIn == kStandInFFFE || standIn == kStandInFFFF) {
+            text[to++] = char(0xEF);
+            text[to++] = char(0xBF);
+            text[to++] = char(standIn == kStandInFFFE ? 0xBE : 0xBF);
+        } else {
+            text[to++] = char(standIn - kStandInFirst);
+        }
+        from += 3;
+    }
+    text.resize(to);
+}
+
+std::string characterAt(const char* p, size_t available) {
+    if (available == 0) return {};
+    if (isStandIn(p, available)) {
+        std::string restored(p, 3);
+        restoreRefused(restored);
+        return restored;
+    }
+    uint8_t lead = uint8_t(*p);
+    size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 0;
+    std::u16string units;
+    if (length == 0 || length > available || !decodeUTF8(reinterpret_cast<const uint8_t*>(p), length, units)) {
+        return "\xEF\xBF\xBD";
+    }
+    return std::string(p, length);
+}
+
+uint32_t codePointOf(const std::string& character) {
+    std::u16string units;
+    decodeUTF8(reinterpret_cast<const uint8_t*>(character.data()), character.size(), units);
+    if (units.size() == 2) return 0x10000 + ((uint32_t(units[0]) - 0xD800) << 10) + (uint32_t(units[1]) - 0xDC00);
+    return units.empty() ? 0 : units[0];
+}
+
+// --- The prolog --------------------------------------------------------------
+
+bool skipProlog(const char* text, size_t length, size_t& offset, size_t& line, ParseError& error) {
+    size_t i = 0;
+    line = 1;
+    auto advanceTo = [&](size_t to) {
+        line += countLineBreaks(text + i, text + to);
+        i = to;
+    };
+    auto find = [&](std::string_view what, size_t from) -> size_t {
+        std::string_view rest(text + from, length - from);
+        size_t at = rest.find(what);
+        return at == std::string_view::npos ? std::string_view::npos : from + at;
+    };
+    auto startsWith = [&](std::string_view what) { return std::string_view(text + i, length - i).starts_with(what); };
+    for (;;) {
+        size_t next = i;
+        while (next < length && isXMLSpace(text[next])) ++next;
+        advanceTo(next);
+        if (i == length) {
+            error.message = "No XML content found";
+            return false;
+        }
+        if (text[i] != '<') {
+            error.message = formatted("Unexpected character %s at line %zu", characterAt(text + i, length - i).c_str(),
+                                      line);
+            return false;
+        }
+        if (startsWith("<?")) {
+            size_t end = find("?>", i + 2);
+            if (end == std::string_view::npos) {
+                error.message =
+                    formatted("Encountered unexpected EOF while parsing the processing instruction begun on line %zu",
+                              line);
+                return false;
+            }
+            advanceTo(end + 2);
+        } else if (startsWith("<!--")) {
+            size_t end = find("-->", i + 4);
+            if (end == std::string_view::npos) {
+                error.message = formatted("Unterminated comment started on line %zu", line);
+                return false;
+            }
+            advanceTo(end + 3);
+        } else if (startsWith("<!DOCTYPE")) {
+            // Quoted identifiers may hold anything; an internal subset is
+            // refused, so no declaration of the document reaches the parser.
+            size_t j = i + 9;
+            char quote = 0;
+            for (; j < length; ++j) {
+                char c = text[j];
+                if (quote != 0) {
+                    if (c == quote) quote = 0;
+                } else if (c == '"' || c == '\'') {
+                    quote = c;
+                } else if (c == '[') {
+                    advanceTo(j);
+                    error.message = formatted("Encountered unexpected character [ on line %zu while parsing DTD", line);
+                    return false;
+                } else if (c == '>') {
+                    break;
+                }
+            }
+            if (j == length) {
+                error.message = "Encountered unexpected EOF while parsing DTD";
+                return false;
+            }
+            advanceTo(j + 1);
+        } else if (startsWith("<!")) {
+            error.message = formatted("Malformed DTD on line %zu", line);
+            return false;
+        } else {
+            offset = i;
+            return true;
+        }
+    }
+}
 
 size_t countLineBreaks(const char* begin, const char* end) {
     size_t breaks = 0;
