@@ -21,6 +21,17 @@ if(HALVANE_SANITIZE)
     add_link_options(-fsanitize=${HALVANE_SANITIZE})
 endif()
 
+if(HALVANE_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        message(FATAL_ERROR "HALVANE_FUZZ needs clang (libFuzzer)")
+    endif()
+    # Coverage instrumentation and the sanitizers for every library; the
+    # fuzz targets add the libFuzzer driver (tests/fuzz).
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
+                        -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
 function(halvane_target_options target)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:halvane_build_options>)
 endfunction()

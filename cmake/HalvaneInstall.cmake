@@ -18,7 +18,8 @@ install(DIRECTORY platform/cf/include/CoreFoundation
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY halvane/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/halvane
-    FILES_MATCHING PATTERN "*.h")
+    FILES_MATCHING PATTERN "*.h"
+    PATTERN "detail" EXCLUDE)
 
 install(EXPORT HalvaneTargets
     NAMESPACE Halvane::

@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
     libicu-dev libssl-dev libjsoncpp-dev libexpat1-dev libcurl4-openssl-dev
-    libsqlite3-dev uuid-dev libgtest-dev libgmock-dev libbenchmark-dev locales
+    libsqlite3-dev uuid-dev libgtest-dev libgmock-dev libbenchmark-dev locales valgrind
 )
 # Peer libraries for the comparison benchmarks only.
 if [[ "${HALVANE_WITH_PEERS:-0}" == "1" ]]; then

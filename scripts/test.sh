@@ -11,3 +11,8 @@ cmake --build "$build"
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 ctest --test-dir "$build" --output-on-failure -j "$(nproc)"
+
+# Second pass: the same tests under valgrind, without sanitizers.
+if [[ "${HALVANE_SKIP_VALGRIND:-0}" != "1" ]]; then
+    "$root/scripts/valgrind.sh"
+fi

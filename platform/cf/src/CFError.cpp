@@ -2,6 +2,7 @@
 // with the derived texts (localized description, failure reason, recovery
 // suggestion) and the one-line description that both CFCopyDescription and
 // "%@" print.
+#include "CFConstantString.h"
 #include "CFDictionaryInternal.h"
 #include "CFInternal.h"
 #include "CFStringInternal.h"
@@ -19,30 +20,6 @@ struct __CFError {
     CFIndex code;
     CFDictionaryRef userInfo;  // never NULL
 };
-
-namespace halvane::detail {
-namespace {
-
-// The bytes of an ASCII literal, usable as the storage of a constant string.
-template <size_t N>
-struct AsciiLiteral {
-    uint8_t bytes[N];
-    consteval AsciiLiteral(const char (&text)[N]) {
-        for (size_t i = 0; i < N; ++i) bytes[i] = uint8_t(text[i]);
-    }
-};
-
-// One immortal string per literal, laid out at compile time so that the
-// exported constants are valid before any code runs.
-template <AsciiLiteral L>
-constinit __CFString constantString = {immortalHeader(kCFStringTypeID, kStringASCII | kStringNulTerminated),
-                                       CFIndex(sizeof(L.bytes) - 1),
-                                       {.ascii = L.bytes},
-                                       0,
-                                       nullptr};
-
-}  // namespace
-}  // namespace halvane::detail
 
 using namespace halvane::detail;
 

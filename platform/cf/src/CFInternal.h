@@ -78,6 +78,11 @@ extern const CFRuntimeClass kNumberClass;
 extern const CFRuntimeClass kDateClass;
 extern const CFRuntimeClass kDictionaryClass;
 extern const CFRuntimeClass kErrorClass;
+extern const CFRuntimeClass kReadStreamClass;
+extern const CFRuntimeClass kWriteStreamClass;
+extern const CFRuntimeClass kSocketClass;
+extern const CFRuntimeClass kURLClass;
+extern const CFRuntimeClass kCharacterSetClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

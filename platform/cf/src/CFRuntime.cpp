@@ -31,6 +31,11 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFDateTypeID] = &kDateClass;
     table[kCFDictionaryTypeID] = &kDictionaryClass;
     table[kCFErrorTypeID] = &kErrorClass;
+    table[kCFReadStreamTypeID] = &kReadStreamClass;
+    table[kCFWriteStreamTypeID] = &kWriteStreamClass;
+    table[kCFSocketTypeID] = &kSocketClass;
+    table[kCFURLTypeID] = &kURLClass;
+    table[kCFCharacterSetTypeID] = &kCharacterSetClass;
     return table;
 }();
 

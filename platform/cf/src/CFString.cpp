@@ -3,6 +3,7 @@
 #include "CFStringInternal.h"
 
 #include <algorithm>
+#include <bit>
 #include <clocale>
 #include <cstdarg>
 #include <cstdio>
@@ -17,8 +18,11 @@ namespace halvane::detail {
 
 namespace {
 
+// An array rather than a cast literal: clang accepts no reinterpret_cast in a
+// constant initializer.
+constexpr uint8_t kNoBytes[1] = {0};
 constinit __CFString sharedEmptyString = {immortalHeader(kCFStringTypeID, kStringASCII | kStringNulTerminated), 0,
-                                          {.ascii = reinterpret_cast<const uint8_t*>("")}, 0, nullptr};
+                                          {.ascii = kNoBytes}, 0, nullptr};
 
 bool usesDefaultAllocator(CFAllocatorRef allocator) {
     return allocator == nullptr || allocator == kCFAllocatorSystemDefault;
@@ -176,33 +180,39 @@ CFStringRef copyStringDebugDescription(CFTypeRef cf) {
     return need + 1;
 }
 
-// Decodes UTF-8 one sequence at a time; for each byte that does not start
-// a well-formed sequence, onError(byte) returns the unit that stands for
-// it, or a negative value to give up.
-//
-// Every byte yields at most one unit, so the output is sized for the
-// worst case once and written through a pointer: no per-unit capacity
-// checks, no per-unit access to a (possibly thread-local) string.
+// Decodes UTF-8 one sequence at a time into dst, which must have room for
+// one unit per byte (no byte yields more), and returns the end of what was
+// written, or nullptr when onError gives up. For each byte that does not
+// start a well-formed sequence, onError(byte) returns the unit that stands
+// for it, or a negative value to give up. Writing through a pointer into
+// storage sized once keeps capacity checks out of the loop.
 template <typename OnError>
-bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, OnError onError) {
-    size_t start = out.size();
-    out.resize(start + length);
-    char16_t* const first = out.data() + start;
-    char16_t* dst = first;
+char16_t* decodeUTF8Into(const uint8_t* bytes, size_t length, char16_t* dst, OnError onError) {
     size_t i = 0;
     while (i < length) {
         uint8_t lead = bytes[i];
         if (lead < 0x80) {
-            // A run of ASCII, eight bytes at a time.
-            while (i + 8 <= length) {
-                uint64_t word;
-                std::memcpy(&word, bytes + i, 8);
-                if (word & 0x8080808080808080ull) break;
-                for (int k = 0; k < 8; ++k) dst[k] = char16_t(bytes[i + k]);
-                dst += 8;
-                i += 8;
+            // ASCII one byte at a time while runs are short (text with
+            // accents); a run that reaches eight bytes switches to eight at
+            // a time.
+            *dst++ = char16_t(lead);
+            ++i;
+            size_t run = 1;
+            while (i < length && bytes[i] < 0x80 && run < 8) {
+                *dst++ = char16_t(bytes[i++]);
+                ++run;
             }
-            while (i < length && bytes[i] < 0x80) *dst++ = char16_t(bytes[i++]);
+            if (run == 8) {
+                while (i + 8 <= length) {
+                    uint64_t word;
+                    std::memcpy(&word, bytes + i, 8);
+                    if (word & 0x8080808080808080ull) break;
+                    for (int k = 0; k < 8; ++k) dst[k] = char16_t(bytes[i + k]);
+                    dst += 8;
+                    i += 8;
+                }
+                while (i < length && bytes[i] < 0x80) *dst++ = char16_t(bytes[i++]);
+            }
             continue;
         }
         // The common well-formed two- and three-byte forms (Latin, Greek,
@@ -226,10 +236,7 @@ bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, On
         size_t consumed = decodeSequence(bytes + i, length - i, value);
         if (consumed == 0) {
             int replacement = onError(lead);
-            if (replacement < 0) {
-                out.resize(start);
-                return false;
-            }
+            if (replacement < 0) return nullptr;
             *dst++ = char16_t(replacement);
             ++i;
             continue;
@@ -243,7 +250,19 @@ bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, On
         }
         i += consumed;
     }
-    out.resize(start + size_t(dst - first));
+    return dst;
+}
+
+template <typename OnError>
+bool decodeUTF8With(const uint8_t* bytes, size_t length, std::u16string& out, OnError onError) {
+    size_t start = out.size();
+    out.resize(start + length);
+    char16_t* end = decodeUTF8Into(bytes, length, out.data() + start, onError);
+    if (end == nullptr) {
+        out.resize(start);
+        return false;
+    }
+    out.resize(size_t(end - out.data()));
     return true;
 }
 
@@ -262,6 +281,12 @@ CFStringRef emptyString() { return &sharedEmptyString; }
 
 bool allASCII(const uint8_t* bytes, CFIndex length) {
     CFIndex i = 0;
+    // Thirty-two bytes per test keeps the branch out of the inner work.
+    for (; i + 32 <= length; i += 32) {
+        uint64_t words[4];
+        std::memcpy(words, bytes + i, 32);
+        if ((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080ull) return false;
+    }
     for (; i + 8 <= length; i += 8) {
         uint64_t word;
         std::memcpy(&word, bytes + i, 8);
@@ -301,10 +326,28 @@ CFStringRef createStringFromASCII(CFAllocatorRef allocator, const char* bytes, C
 CFStringRef createStringFromUTF8(CFAllocatorRef allocator, const uint8_t* bytes, CFIndex length) {
     if (length <= 0) return createStringFromASCII(allocator, nullptr, 0);
     if (allASCII(bytes, length)) return newASCIIString(allocator, bytes, length);
-    thread_local std::u16string scratch;
-    scratch.clear();
-    if (!decodeUTF8(bytes, size_t(length), scratch)) return nullptr;
-    return newUnitString(allocator, scratch.data(), CFIndex(scratch.size()));
+    // Decoded straight into the string's own storage, sized for the worst
+    // case (one unit per byte) and trimmed when that wasted much.
+    __CFString* s = allocateInlineString(allocator, (size_t(length) + 1) * sizeof(UniChar), 0, false);
+    if (s == nullptr) return nullptr;
+    auto* storage = reinterpret_cast<UniChar*>(s + 1);
+    char16_t* end = decodeUTF8Into(bytes, size_t(length), storage, [](uint8_t) { return -1; });
+    if (end == nullptr) {
+        std::free(s);
+        return nullptr;
+    }
+    CFIndex units = CFIndex(end - storage);
+    *end = 0;
+    if (units < length - length / 4) {
+        if (auto* trimmed = static_cast<__CFString*>(
+                std::realloc(s, sizeof(__CFString) + (size_t(units) + 1) * sizeof(UniChar)))) {
+            s = trimmed;
+            storage = reinterpret_cast<UniChar*>(s + 1);
+        }
+    }
+    s->length = units;
+    s->contents.units = storage;
+    return s;
 }
 
 CFStringRef createStringReferencingASCII(CFAllocatorRef allocator, const char* bytes, CFIndex length,

@@ -5,12 +5,9 @@
 // non-ASCII text under case-insensitivity, and the flags that need Unicode
 // data (nonliteral, diacritic- and width-insensitive, localized), transform
 // copies of the text through ICU first.
-#include "CFStringInternal.h"
+#include "CFStringFolding.h"
 
-#include <unicode/uchar.h>
 #include <unicode/ucol.h>
-#include <unicode/unorm2.h>
-#include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
@@ -21,18 +18,12 @@ using namespace halvane::detail;
 
 namespace {
 
-constexpr CFStringCompareFlags kUnicodeFlags =
-    kCFCompareNonliteral | kCFCompareLocalized | kCFCompareDiacriticInsensitive | kCFCompareWidthInsensitive;
-
 CFComparisonResult resultOf(long difference) {
     return difference < 0 ? kCFCompareLessThan : difference > 0 ? kCFCompareGreaterThan : kCFCompareEqualTo;
 }
 
 bool isDigit(uint32_t u) {
     return u >= '0' && u <= '9';
-}
-uint32_t lowercasedASCII(uint32_t u) {
-    return u - 'A' < 26 ? u + ('a' - 'A') : u;
 }
 
 // Outcome of comparing two unit sequences.
@@ -106,8 +97,8 @@ Scan scan(const A* a, CFIndex aLength, const B* b, CFIndex bLength) {
                     outcome.j = j;
                     return outcome;
                 }
-                ca = lowercasedASCII(ca);
-                cb = lowercasedASCII(cb);
+                ca = lowercasedASCII(UniChar(ca));
+                cb = lowercasedASCII(UniChar(cb));
             }
             if (ca != cb) {
                 outcome.result = ca < cb ? kCFCompareLessThan : kCFCompareGreaterThan;
@@ -134,98 +125,6 @@ std::u16string unitsInRange(CFStringRef s, CFIndex location, CFIndex length) {
     std::u16string units(size_t(length), u'\0');
     copyUnits(s, location, length, units.data());
     return units;
-}
-
-// Runs an ICU string transformation into a new buffer, growing it when
-// the first guess is short.
-template <typename Transform>
-std::u16string transformed(const std::u16string& text, Transform transform) {
-    std::u16string out(text.size() * 2 + 8, u'\0');
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t length = transform(text.data(), int32_t(text.size()), out.data(), int32_t(out.size()), &status);
-    if (status == U_BUFFER_OVERFLOW_ERROR) {
-        out.assign(size_t(length), u'\0');
-        status = U_ZERO_ERROR;
-        length = transform(text.data(), int32_t(text.size()), out.data(), int32_t(out.size()), &status);
-    }
-    if (U_FAILURE(status)) return text;
-    out.resize(size_t(length));
-    return out;
-}
-
-std::u16string caseFolded(const std::u16string& text) {
-    return transformed(text,
-                       [](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity, UErrorCode* status) {
-                           return u_strFoldCase(dest, capacity, src, srcLength, U_FOLD_CASE_DEFAULT, status);
-                       });
-}
-
-std::u16string normalized(const std::u16string& text, const UNormalizer2* normalizer) {
-    return transformed(
-        text, [normalizer](const UChar* src, int32_t srcLength, UChar* dest, int32_t capacity, UErrorCode* status) {
-            return unorm2_normalize(normalizer, src, srcLength, dest, capacity, status);
-        });
-}
-
-const UNormalizer2* nfd() {
-    UErrorCode status = U_ZERO_ERROR;
-    return unorm2_getNFDInstance(&status);
-}
-
-const UNormalizer2* nfc() {
-    UErrorCode status = U_ZERO_ERROR;
-    return unorm2_getNFCInstance(&status);
-}
-
-// Full-width and half-width forms become their ordinary counterparts
-// (compatibility mappings of U+3000 and U+FF00 to U+FFEF); half-width kana
-// with separate sound marks are recomposed.
-std::u16string widthFolded(const std::u16string& text) {
-    UErrorCode status = U_ZERO_ERROR;
-    const UNormalizer2* nfkc = unorm2_getNFKCInstance(&status);
-    std::u16string out;
-    out.reserve(text.size());
-    bool producedMarks = false;
-    for (char16_t c : text) {
-        if (c == 0x3000 || (c >= 0xFF00 && c <= 0xFFEF)) {
-            UChar mapping[8];
-            status = U_ZERO_ERROR;
-            int32_t length = unorm2_getDecomposition(nfkc, c, mapping, 8, &status);
-            if (U_SUCCESS(status) && length > 0) {
-                for (int32_t k = 0; k < length; ++k) producedMarks |= u_getCombiningClass(mapping[k]) != 0;
-                out.append(mapping, size_t(length));
-                continue;
-            }
-        }
-        out.push_back(c);
-    }
-    return producedMarks ? normalized(out, nfc()) : out;
-}
-
-std::u16string withoutNonspacingMarks(const std::u16string& text) {
-    std::u16string out;
-    out.reserve(text.size());
-    for (int32_t i = 0, length = int32_t(text.size()); i < length;) {
-        int32_t start = i;
-        UChar32 c;
-        U16_NEXT(text.data(), i, length, c);
-        if (u_charType(c) != U_NON_SPACING_MARK) out.append(text, size_t(start), size_t(i - start));
-    }
-    return out;
-}
-
-// The text as the options see it: compared unit by unit afterwards.
-std::u16string comparableText(std::u16string text, CFStringCompareFlags options) {
-    bool decomposes = (options & (kCFCompareNonliteral | kCFCompareDiacriticInsensitive)) != 0;
-    if (options & kCFCompareWidthInsensitive) text = widthFolded(text);
-    if (options & kCFCompareCaseInsensitive) {
-        // Canonical caseless matching: decompose, fold, decompose again.
-        if (decomposes) text = normalized(text, nfd());
-        text = caseFolded(text);
-    }
-    if (decomposes) text = normalized(text, nfd());
-    if (options & kCFCompareDiacriticInsensitive) text = withoutNonspacingMarks(text);
-    return text;
 }
 
 // One collator per thread, reopened when the current locale changes.
@@ -292,7 +191,7 @@ CFComparisonResult compareRange(CFStringRef s1, CFRange range, CFStringRef s2, C
     bool numeric = options & kCFCompareNumerically;
     CFComparisonResult result = kCFCompareEqualTo;
     CFComparisonResult digitRunOrder = kCFCompareEqualTo;
-    if ((options & kUnicodeFlags) == 0) {
+    if ((options & kUnicodeCompareFlags) == 0) {
         Scan outcome = withUnits(s1, [&](auto* a, CFIndex) {
             return withUnits(s2, [&](auto* b, CFIndex bLength) {
                 return scan(a + range.location, range.length, b, bLength, caseInsensitive, numeric);

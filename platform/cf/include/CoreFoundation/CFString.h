@@ -5,10 +5,15 @@
 
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CFCharacterSet.h>
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDictionary.h>
 
 CF_EXTERN_C_BEGIN
+
+/* Declared here as well as with the locale functions: a repeated typedef of
+ * the same type is valid C11 and C++, so either header may come first. */
+typedef const struct __CFLocale *CFLocaleRef;
 
 typedef UInt32 CFStringEncoding;
 
@@ -134,6 +139,39 @@ CF_EXPORT CFComparisonResult CFStringCompare(CFStringRef theString1, CFStringRef
 CF_EXPORT CFComparisonResult CFStringCompareWithOptions(CFStringRef theString1, CFStringRef theString2,
                                                         CFRange rangeToCompare, CFStringCompareFlags compareOptions);
 
+/* Searching. An empty string to find, or an empty range, is never found.
+ * Case-insensitive, nonliteral, diacritic- and width-insensitive matches
+ * may differ in length from the string to find ("ss" is found for "\u00DF").
+ * With kCFCompareAnchored the match must start at the start of the range
+ * (end at its end with kCFCompareBackwards). kCFCompareNumerically and
+ * kCFCompareLocalized are ignored: no search here depends on a locale, and
+ * the locale argument (NULL allowed) changes nothing. */
+CF_EXPORT CFRange CFStringFind(CFStringRef theString, CFStringRef stringToFind, CFStringCompareFlags compareOptions);
+CF_EXPORT Boolean CFStringFindWithOptions(CFStringRef theString, CFStringRef stringToFind, CFRange rangeToSearch,
+                                          CFStringCompareFlags searchOptions, CFRange *result);
+CF_EXPORT Boolean CFStringFindWithOptionsAndLocale(CFStringRef theString, CFStringRef stringToFind,
+                                                   CFRange rangeToSearch, CFStringCompareFlags searchOptions,
+                                                   CFLocaleRef locale, CFRange *result);
+/* The first (last, with kCFCompareBackwards) character of the range that is
+ * in theSet; a surrogate pair counts as its code point and is found as a
+ * range of two units. Only kCFCompareBackwards and kCFCompareAnchored apply. */
+CF_EXPORT Boolean CFStringFindCharacterFromSet(CFStringRef theString, CFCharacterSetRef theSet, CFRange rangeToSearch,
+                                               CFStringCompareFlags searchOptions, CFRange *result);
+/* False for an empty prefix or suffix. */
+CF_EXPORT Boolean CFStringHasPrefix(CFStringRef theString, CFStringRef prefix);
+CF_EXPORT Boolean CFStringHasSuffix(CFStringRef theString, CFStringRef suffix);
+/* The grapheme cluster (a surrogate pair, a base with its combining marks,
+ * ...) that contains the unit at theIndex. */
+CF_EXPORT CFRange CFStringGetRangeOfComposedCharactersAtIndex(CFStringRef theString, CFIndex theIndex);
+
+/* Substrings, splitting and joining. Splitting keeps empty pieces; when the
+ * separator does not occur the array holds theString itself. */
+CF_EXPORT CFStringRef CFStringCreateWithSubstring(CFAllocatorRef alloc, CFStringRef str, CFRange range);
+CF_EXPORT CFArrayRef CFStringCreateArrayBySeparatingStrings(CFAllocatorRef alloc, CFStringRef theString,
+                                                            CFStringRef separatorString);
+CF_EXPORT CFStringRef CFStringCreateByCombiningStrings(CFAllocatorRef alloc, CFArrayRef theArray,
+                                                       CFStringRef separatorString);
+
 /* Mutation (mutable strings only; an immutable receiver is reported on
  * standard error and left unchanged). */
 CF_EXPORT void CFStringAppend(CFMutableStringRef theString, CFStringRef appendedString);
@@ -143,6 +181,20 @@ CF_EXPORT void CFStringAppendFormat(CFMutableStringRef theString, CFDictionaryRe
                                    ...);
 CF_EXPORT void CFStringAppendFormatAndArguments(CFMutableStringRef theString, CFDictionaryRef formatOptions,
                                                 CFStringRef format, va_list arguments);
+CF_EXPORT void CFStringInsert(CFMutableStringRef str, CFIndex idx, CFStringRef insertedStr);
+CF_EXPORT void CFStringDelete(CFMutableStringRef theString, CFRange range);
+CF_EXPORT void CFStringReplace(CFMutableStringRef theString, CFRange range, CFStringRef replacement);
+CF_EXPORT void CFStringReplaceAll(CFMutableStringRef theString, CFStringRef replacement);
+/* Replaces every match (as CFStringFindWithOptions finds them) in the range;
+ * returns how many were replaced. */
+CF_EXPORT CFIndex CFStringFindAndReplace(CFMutableStringRef theString, CFStringRef stringToFind,
+                                         CFStringRef replacementString, CFRange rangeToSearch,
+                                         CFStringCompareFlags compareOptions);
+/* Removes every occurrence of trimString repeated at the start and the end. */
+CF_EXPORT void CFStringTrim(CFMutableStringRef theString, CFStringRef trimString);
+/* Removes whitespace and newlines (kCFCharacterSetWhitespaceAndNewline) at
+ * both ends. */
+CF_EXPORT void CFStringTrimWhitespace(CFMutableStringRef theString);
 
 /* Numbers in text: leading spaces skipped, ASCII digits only. */
 CF_EXPORT SInt32 CFStringGetIntValue(CFStringRef str);

@@ -6,6 +6,8 @@
 #include <functional>
 #include <string_view>
 
+#include <halvane/os/Export.h>
+
 namespace halvane::os {
 
 using DebugOutputSink = std::function<void(std::u16string_view text)>;
@@ -14,14 +16,14 @@ using DebugOutputSink = std::function<void(std::u16string_view text)>;
 // to standard error, but only while a debugger is attached to the process
 // or the environment variable HALVANE_DEBUG_OUTPUT is "1"; otherwise the
 // text goes nowhere, as debugger output does on Windows.
-void WriteDebugOutput(std::u16string_view text);
+HALVANE_OS_API void WriteDebugOutput(std::u16string_view text);
 
 // Installs sink (an empty function restores the default) and returns the
 // one it replaces. Tests use this to capture what the library writes.
-DebugOutputSink SetDebugOutputSink(DebugOutputSink sink);
+HALVANE_OS_API DebugOutputSink SetDebugOutputSink(DebugOutputSink sink);
 
 // True while a tracer (debugger) is attached to this process.
-bool IsDebuggerAttached();
+HALVANE_OS_API bool IsDebuggerAttached();
 
 }  // namespace halvane::os
 

@@ -1,3 +1,3 @@
-#include <halvane/core/HVVersion.h>
+#include <halvane/core/HVLibraryVersion.h>
 
 const char* HVLibraryVersion() { return HALVANE_VERSION_STRING; }

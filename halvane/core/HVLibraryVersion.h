@@ -1,7 +1,7 @@
 // The version of the library a program was built against and the one it
 // runs with.
-#ifndef HALVANE_CORE_HVVERSION_H
-#define HALVANE_CORE_HVVERSION_H
+#ifndef HALVANE_CORE_HVLIBRARYVERSION_H
+#define HALVANE_CORE_HVLIBRARYVERSION_H
 
 #include <halvane/core/HVExport.h>
 
@@ -13,4 +13,4 @@
 // The version of the loaded library, as "major.minor.patch".
 HV_EXPORT const char* HVLibraryVersion();
 
-#endif  // HALVANE_CORE_HVVERSION_H
+#endif  // HALVANE_CORE_HVLIBRARYVERSION_H
