@@ -16,6 +16,7 @@
 #include <utility>
 
 using namespace cftest;
+using namespace cftest::plist;
 using namespace std::string_literals;
 
 TEST(PropertyListErrors, MessagesOfTheXMLReader) {

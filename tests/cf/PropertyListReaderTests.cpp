@@ -11,6 +11,7 @@
 #include <limits>
 
 using namespace cftest;
+using namespace cftest::plist;
 using namespace std::string_literals;
 
 namespace {

@@ -13,7 +13,8 @@
 #include <string>
 #include <string_view>
 
-namespace cftest {
+// A namespace of their own: other suites have helpers of the same names.
+namespace cftest::plist {
 
 inline constexpr std::string_view kDocumentHead =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -109,6 +110,6 @@ inline std::string testDataFile(const std::string& name) {
     return contents.str();
 }
 
-}  // namespace cftest
+}  // namespace cftest::plist
 
 #endif  // HALVANE_TESTS_CF_PROPERTY_LIST_SUPPORT_H

@@ -14,6 +14,7 @@
 #include <vector>
 
 using namespace cftest;
+using namespace cftest::plist;
 using namespace std::string_literals;
 
 namespace {
