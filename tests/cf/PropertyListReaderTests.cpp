@@ -252,6 +252,10 @@ TEST(PropertyListReader, MutabilityOptions) {
         EXPECT_EQ(at(list, 5), kCFBooleanTrue);
         EXPECT_EQ(CFGetRetainCount(at(list, 3)), 1);
     }
+    // Empty mutable strings (no buffer yet) compare equal.
+    Read empties = read("<array><string/><string></string></array>", kCFPropertyListMutableContainersAndLeaves);
+    EXPECT_TRUE(isMutableString(at(empties.plist, 0)));
+    EXPECT_TRUE(CFEqual(own(CFStringCreateMutable(nullptr, 0)), at(empties.plist, 1)));
 }
 
 TEST(PropertyListReader, NestingLimit) {
