@@ -13,6 +13,7 @@
 
 #include <expat.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -33,17 +34,26 @@ const char* nameOf(Element element) {
     return kNames[size_t(element)];
 }
 
+// Called for every tag: one comparison of the whole name at most.
 bool elementNamed(const char* name, Element& element) {
-    static constexpr Element kAll[] = {Element::kPlist, Element::kArray, Element::kDict,    Element::kKey,
-                                       Element::kString, Element::kData, Element::kDate,    Element::kReal,
-                                       Element::kInteger, Element::kTrue, Element::kFalse};
-    for (Element candidate : kAll) {
-        if (std::strcmp(name, nameOf(candidate)) == 0) {
-            element = candidate;
-            return true;
-        }
+    Element candidate;
+    switch (name[0]) {
+        case 'a': candidate = Element::kArray; break;
+        case 'd':
+            candidate = name[1] == 'i' ? Element::kDict : name[2] == 't' && name[3] == 'a' ? Element::kData : Element::kDate;
+            break;
+        case 'f': candidate = Element::kFalse; break;
+        case 'i': candidate = Element::kInteger; break;
+        case 'k': candidate = Element::kKey; break;
+        case 'p': candidate = Element::kPlist; break;
+        case 'r': candidate = Element::kReal; break;
+        case 's': candidate = Element::kString; break;
+        case 't': candidate = Element::kTrue; break;
+        default: return false;
     }
-    return false;
+    if (std::strcmp(name, nameOf(candidate)) != 0) return false;
+    element = candidate;
+    return true;
 }
 
 inline bool isContainer(Element e) { return e == Element::kPlist || e == Element::kArray || e == Element::kDict; }
@@ -153,10 +163,7 @@ private:
             }
             ++containerDepth_;
         }
-        if (!isContainer(element)) {
-            content_.clear();
-            contentLine_ = line() + countLineBreaks(eventText(), eventText() + eventLength());
-        }
+        if (!isContainer(element)) content_.clear();
         open_.push_back(OpenElement{element, isDictionaryKey, false, builder_.size()});
     }
 
@@ -218,10 +225,17 @@ private:
 
     void characters(const XML_Char* s, int length) {
         if (stopped() || open_.empty()) return;
-        const char* raw = eventText();
-        size_t rawLength = eventLength();
         Element e = open_.back().element;
+        // The parser hands text over as written, except references (decoded)
+        // and line ends (CR and CRLF become LF, in an event of their own).
+        // An event as long as the text it delivers, other than a line end,
+        // is the text as written.
+        size_t rawLength = eventLength();
+        bool sameLength = rawLength == size_t(length);
+        bool asWritten = sameLength && !(length == 1 && s[0] == '\n');
         if (isContainer(e)) {
+            if (sameLength && std::all_of(s, s + length, isXMLSpace)) return;
+            const char* raw = eventText();
             for (size_t i = 0; i < rawLength; ++i) {
                 if (isXMLSpace(raw[i])) continue;
                 return fail("Encountered unexpected character %s on line %zu while looking for open tag",
@@ -230,15 +244,20 @@ private:
             return;
         }
         if (isBoolean(e)) return fail("Encountered non-empty <%s> on line %zu", nameOf(e), line());
+        if (asWritten) {
+            content_.append(s, size_t(length));
+            return;
+        }
+        const char* raw = eventText();
         if (e == Element::kInteger || e == Element::kDate || e == Element::kData) {
             // Read as written: entities mean nothing to these.
             content_.append(raw, rawLength);
             return;
         }
-        // Text as written, so that CR and CRLF survive (the parser turns
-        // both into LF); references as the parser decoded them.
+        // Line ends as written, so that CR and CRLF survive; references as
+        // the parser decoded them.
         bool isReference = !inCdata_ && rawLength > 0 && raw[0] == '&';
-        if (!isReference && (rawLength == size_t(length) || (rawLength > 0 && raw[0] == '\r'))) {
+        if (!isReference && rawLength > 0 && raw[0] == '\r') {
             content_.append(raw, rawLength);
             return;
         }
@@ -268,7 +287,7 @@ private:
         Element e = open_.back().element;
         if (isText(e)) {
             inCdata_ = true;
-            cdataLine_ = line();
+            cdataStart_ = size_t(XML_GetCurrentByteIndex(parser_));
             return;
         }
         if (isContainer(e)) return fail("Encountered unexpected EOF");
@@ -277,14 +296,18 @@ private:
 
     // --- Leaves ---
 
+    size_t lineAt(size_t offset) const { return firstLine_ + countLineBreaks(text_, text_ + std::min(offset, length_)); }
+
+    // The line of content_[index], from the close tag that follows the
+    // content (integers, dates and data keep their line ends as written).
     size_t contentLineAt(size_t index) const {
-        return contentLine_ + countLineBreaks(content_.data(), content_.data() + index);
+        return line() - countLineBreaks(content_.data() + index, content_.data() + content_.size());
     }
 
     bool finishInteger() {
         if (standIns_) restoreRefused(content_);
         ParsedInteger parsed = parseXMLInteger(content_);
-        size_t where = contentLineAt(parsed.position);
+        auto where = [&] { return contentLineAt(parsed.position); };
         switch (parsed.problem) {
             case IntegerProblem::kNone:
                 break;
@@ -292,15 +315,15 @@ private:
                 fail("Encountered empty <integer> on line %zu", line());
                 return false;
             case IntegerProblem::kIncomplete:
-                fail("Incomplete <integer> on line %zu", where);
+                fail("Incomplete <integer> on line %zu", where());
                 return false;
             case IntegerProblem::kHexDigitInDecimal:
-                fail("Hex digit in non-hex <integer> on line %zu", where);
+                fail("Hex digit in non-hex <integer> on line %zu", where());
                 return false;
             case IntegerProblem::kUnknownCharacter: {
                 std::string character = characterAt(content_.data() + parsed.position, content_.size() - parsed.position);
                 fail("Unknown character '%s' (0x%02x) in <integer> on line %zu", character.c_str(),
-                     unsigned(codePointOf(character)), where);
+                     unsigned(codePointOf(character)), where());
                 return false;
             }
             case IntegerProblem::kOverflow:
@@ -418,7 +441,7 @@ private:
                 }
                 return failAtEnd();
             case XML_ERROR_UNCLOSED_CDATA_SECTION:
-                return fail("Could not find end of CDATA started on line %zu", inCdata_ ? cdataLine_ : line());
+                return fail("Could not find end of CDATA started on line %zu", inCdata_ ? lineAt(cdataStart_) : line());
             case XML_ERROR_TAG_MISMATCH:
                 return fail("Close tag on line %zu does not match open tag %s", line(),
                             top != nullptr ? nameOf(top->element) : "");
@@ -485,10 +508,9 @@ private:
     std::vector<OpenElement> open_;
     size_t containerDepth_ = 0;
     std::string content_;  // text of the open leaf
-    size_t contentLine_ = 0;
     std::vector<uint8_t> bytes_;
     bool inCdata_ = false;
-    size_t cdataLine_ = 0;
+    size_t cdataStart_ = 0;
     bool done_ = false;
     bool failed_ = false;
 };
