@@ -1,7 +1,6 @@
 // Reading property lists: the accepted forms of the XML text, encodings,
 // mutability options, the OpenStep fallback, the team's files and the
 // interoperability corpus.
-#include "MisuseReports.h"
 #include "PropertyListTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -15,13 +14,6 @@ using namespace cftest::plist;
 using namespace std::string_literals;
 
 namespace {
-
-CFTypeRef at(CFTypeRef array, CFIndex index) { return CFArrayGetValueAtIndex(static_cast<CFArrayRef>(array), index); }
-
-CFIndex countOf(CFTypeRef container) {
-    if (CFGetTypeID(container) == CFArrayGetTypeID()) return CFArrayGetCount(static_cast<CFArrayRef>(container));
-    return CFDictionaryGetCount(static_cast<CFDictionaryRef>(container));
-}
 
 // The one object a document holds, read with the default option.
 Owned<CFPropertyListRef> object(std::string_view text) {
@@ -42,18 +34,6 @@ double realOf(CFTypeRef n) {
     double value = 0;
     CFNumberGetValue(static_cast<CFNumberRef>(n), kCFNumberFloat64Type, &value);
     return value;
-}
-
-std::vector<UInt8> bytesOf(CFTypeRef d) {
-    auto data = static_cast<CFDataRef>(d);
-    return std::vector<UInt8>(CFDataGetBytePtr(data), CFDataGetBytePtr(data) + CFDataGetLength(data));
-}
-
-bool isMutableString(CFTypeRef s) {
-    auto asMutable = static_cast<CFMutableStringRef>(const_cast<void*>(s));
-    CFIndex before = CFStringGetLength(asMutable);
-    std::string reports = reportsOf([&] { CFStringAppend(asMutable, CFSTR("!")); });
-    return CFStringGetLength(asMutable) == before + 1 && reports.empty();
 }
 
 std::string sharedCorpus(const char* name) {

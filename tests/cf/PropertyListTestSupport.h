@@ -4,6 +4,7 @@
 #define HALVANE_TESTS_CF_PROPERTY_LIST_SUPPORT_H
 
 #include "CFTestSupport.h"
+#include "MisuseReports.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -12,6 +13,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // A namespace of their own: other suites have helpers of the same names.
 namespace cftest::plist {
@@ -92,6 +94,28 @@ inline Owned<CFMutableArrayRef> mutableArray() {
 
 inline Owned<CFMutableDictionaryRef> mutableDictionary() {
     return own(CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+}
+
+inline CFTypeRef at(CFTypeRef array, CFIndex index) {
+    return CFArrayGetValueAtIndex(static_cast<CFArrayRef>(array), index);
+}
+
+inline CFIndex countOf(CFTypeRef container) {
+    if (CFGetTypeID(container) == CFArrayGetTypeID()) return CFArrayGetCount(static_cast<CFArrayRef>(container));
+    return CFDictionaryGetCount(static_cast<CFDictionaryRef>(container));
+}
+
+inline std::vector<UInt8> bytesOf(CFTypeRef d) {
+    auto data = static_cast<CFDataRef>(d);
+    return std::vector<UInt8>(CFDataGetBytePtr(data), CFDataGetBytePtr(data) + CFDataGetLength(data));
+}
+
+// Whether s takes an appended "!" without a misuse report (it keeps it).
+inline bool isMutableString(CFTypeRef s) {
+    auto asMutable = static_cast<CFMutableStringRef>(const_cast<void*>(s));
+    CFIndex before = CFStringGetLength(asMutable);
+    std::string reports = reportsOf([&] { CFStringAppend(asMutable, CFSTR("!")); });
+    return CFStringGetLength(asMutable) == before + 1 && reports.empty();
 }
 
 inline CFTypeRef valueFor(CFTypeRef dictionary, const char* key) {
