@@ -12,6 +12,7 @@
 #include <CoreFoundation/CFError.h>
 #include <CoreFoundation/CFLocale.h>
 #include <CoreFoundation/CFNumber.h>
+#include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFSocket.h>
 #include <CoreFoundation/CFStream.h>
