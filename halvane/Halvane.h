@@ -14,6 +14,10 @@
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
 #include <halvane/values/HVNumericUtilities.h>
+#include <halvane/values/HVPoint.h>
+#include <halvane/values/HVRect.h>
+#include <halvane/values/HVSerialization.h>
+#include <halvane/values/HVSize.h>
 #include <halvane/collections/HVArray.h>
 #include <halvane/collections/HVData.h>
 #include <halvane/collections/HVDictionary.h>
