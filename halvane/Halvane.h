@@ -18,6 +18,7 @@
 #include <halvane/values/HVRect.h>
 #include <halvane/values/HVSerialization.h>
 #include <halvane/values/HVSize.h>
+#include <halvane/values/HVValue.h>
 #include <halvane/collections/HVArray.h>
 #include <halvane/collections/HVData.h>
 #include <halvane/collections/HVDictionary.h>
