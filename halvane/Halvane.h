@@ -10,6 +10,7 @@
 #include <halvane/core/HVNull.h>
 #include <halvane/core/HVObject.h>
 #include <halvane/core/HVRetainedObject.h>
+#include <halvane/text/HVComparisonResult.h>
 #include <halvane/text/HVRange.h>
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
@@ -27,5 +28,6 @@
 #include <halvane/errors/HVError.h>
 #include <halvane/errors/HVException.h>
 #include <halvane/errors/HVLog.h>
+#include <halvane/time/HVDate.h>
 
 #endif  // HALVANE_HALVANE_H
