@@ -29,5 +29,6 @@
 #include <halvane/errors/HVException.h>
 #include <halvane/errors/HVLog.h>
 #include <halvane/time/HVDate.h>
+#include <halvane/time/HVTimeZone.h>
 
 #endif  // HALVANE_HALVANE_H
