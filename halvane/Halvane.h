@@ -9,11 +9,18 @@
 #include <halvane/core/HVLibraryVersion.h>
 #include <halvane/core/HVNull.h>
 #include <halvane/core/HVObject.h>
+#include <halvane/core/HVRetainedObject.h>
+#include <halvane/text/HVComparisonResult.h>
 #include <halvane/text/HVRange.h>
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
 #include <halvane/values/HVNumericUtilities.h>
+#include <halvane/values/HVPoint.h>
+#include <halvane/values/HVRect.h>
+#include <halvane/values/HVSerialization.h>
+#include <halvane/values/HVSize.h>
+#include <halvane/values/HVValue.h>
 #include <halvane/collections/HVArray.h>
 #include <halvane/collections/HVData.h>
 #include <halvane/collections/HVDictionary.h>
@@ -21,5 +28,7 @@
 #include <halvane/errors/HVError.h>
 #include <halvane/errors/HVException.h>
 #include <halvane/errors/HVLog.h>
+#include <halvane/time/HVDate.h>
+#include <halvane/time/HVTimeZone.h>
 
 #endif  // HALVANE_HALVANE_H

@@ -1,0 +1,3 @@
+#include <halvane/values/HVSerialization.h>
+
+HVSerialization::~HVSerialization() = default;
