@@ -9,6 +9,8 @@
 #include <halvane/core/HVLibraryVersion.h>
 #include <halvane/core/HVNull.h>
 #include <halvane/core/HVObject.h>
+#include <halvane/text/HVCharacterSet.h>
+#include <halvane/text/HVCompare.h>
 #include <halvane/text/HVRange.h>
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
