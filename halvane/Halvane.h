@@ -12,6 +12,7 @@
 #include <halvane/text/HVCharacterSet.h>
 #include <halvane/text/HVCompare.h>
 #include <halvane/text/HVRange.h>
+#include <halvane/text/HVScanner.h>
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>

@@ -2,6 +2,7 @@
 // inversion and edits.
 #include <halvane/text/HVCharacterSet.h>
 #include <halvane/text/HVRange.h>
+#include <halvane/text/HVScanner.h>
 #include <halvane/text/HVString.h>
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -136,7 +137,13 @@ TEST(CharacterSet, RegisteredWithTheObjectCore) {
     std::shared_ptr<HVObject> made = ObjectProbe::CreateObjectOfClassType(set.Ref(), HVCharacterSetClassType);
     ASSERT_NE(dynamic_cast<HVCharacterSet*>(made.get()), nullptr);
     EXPECT_EQ(made->Ref(), set.Ref());
-    // Releasing goes back to the shared empty object.
+    std::shared_ptr<HVObject> scanner = ObjectProbe::CreateObjectOfClassType(CFSTR("text"), HVScannerClassType);
+    ASSERT_NE(dynamic_cast<HVScanner*>(scanner.get()), nullptr);
+    EXPECT_EQ(static_cast<HVScanner*>(scanner.get())->ScanLocation(), 0u);
+    // Emptying and releasing go back to each class's shared empty object.
     set.Release();
     EXPECT_EQ(set.Ref(), HVCharacterSet::SharedEmptyObject());
+    HVScanner text = HVScanner::ScannerWithString("abc");
+    text.Empty();
+    EXPECT_EQ(text.Ref(), HVString::SharedEmptyObject());
 }
