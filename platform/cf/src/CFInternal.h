@@ -83,6 +83,9 @@ extern const CFRuntimeClass kWriteStreamClass;
 extern const CFRuntimeClass kSocketClass;
 extern const CFRuntimeClass kURLClass;
 extern const CFRuntimeClass kCharacterSetClass;
+extern const CFRuntimeClass kTimeZoneClass;
+extern const CFRuntimeClass kCalendarClass;
+extern const CFRuntimeClass kLocaleClass;
 
 // The class record of a type ID, or nullptr.
 const CFRuntimeClass* classOf(CFTypeID typeID);

@@ -36,6 +36,9 @@ constinit const std::array<const CFRuntimeClass*, kFirstClientTypeID> builtinCla
     table[kCFSocketTypeID] = &kSocketClass;
     table[kCFURLTypeID] = &kURLClass;
     table[kCFCharacterSetTypeID] = &kCharacterSetClass;
+    table[kCFTimeZoneTypeID] = &kTimeZoneClass;
+    table[kCFCalendarTypeID] = &kCalendarClass;
+    table[kCFLocaleTypeID] = &kLocaleClass;
     return table;
 }();
 

@@ -15,6 +15,7 @@ CF_EXPORT const CFTimeInterval kCFAbsoluteTimeIntervalSince1904; /* 3061152000.0
 CF_EXPORT CFAbsoluteTime CFAbsoluteTimeGetCurrent(void);
 
 typedef const struct __CFDate *CFDateRef;
+typedef const struct __CFTimeZone *CFTimeZoneRef;
 
 CF_EXPORT CFTypeID CFDateGetTypeID(void);
 CF_EXPORT CFDateRef CFDateCreate(CFAllocatorRef allocator, CFAbsoluteTime at);
@@ -54,6 +55,19 @@ enum {
 
 /* Checks only the units asked for. */
 CF_EXPORT Boolean CFGregorianDateIsValid(CFGregorianDate gdate, CFOptionFlags unitFlags);
+
+/* Conversions between absolute times and Gregorian dates in a time zone
+ * (NULL: UTC). Fields are not range-checked: day 0 or hour 25 simply add
+ * up. */
+CF_EXPORT CFAbsoluteTime CFGregorianDateGetAbsoluteTime(CFGregorianDate gdate, CFTimeZoneRef tz);
+CF_EXPORT CFGregorianDate CFAbsoluteTimeGetGregorianDate(CFAbsoluteTime at, CFTimeZoneRef tz);
+/* Years, months and days move the date on the calendar, keeping the time
+ * of day; hours, minutes and seconds are then added as elapsed time. */
+CF_EXPORT CFAbsoluteTime CFAbsoluteTimeAddGregorianUnits(CFAbsoluteTime at, CFTimeZoneRef tz, CFGregorianUnits units);
+/* 1 (Monday) to 7 (Sunday). */
+CF_EXPORT SInt32 CFAbsoluteTimeGetDayOfWeek(CFAbsoluteTime at, CFTimeZoneRef tz);
+/* 1 to 366. */
+CF_EXPORT SInt32 CFAbsoluteTimeGetDayOfYear(CFAbsoluteTime at, CFTimeZoneRef tz);
 
 CF_EXTERN_C_END
 

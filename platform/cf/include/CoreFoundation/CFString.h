@@ -17,6 +17,9 @@ typedef const struct __CFLocale *CFLocaleRef;
 
 typedef UInt32 CFStringEncoding;
 
+/* Also declared, identically, in CFLocale.h. */
+typedef const struct __CFLocale *CFLocaleRef;
+
 enum {
     kCFStringEncodingMacRoman = 0,
     kCFStringEncodingWindowsLatin1 = 0x0500,
@@ -195,6 +198,16 @@ CF_EXPORT void CFStringTrim(CFMutableStringRef theString, CFStringRef trimString
 /* Removes whitespace and newlines (kCFCharacterSetWhitespaceAndNewline) at
  * both ends. */
 CF_EXPORT void CFStringTrimWhitespace(CFMutableStringRef theString);
+
+/* Case mapping with the full Unicode mappings (the length may change: the
+ * German sharp s uppercases to "SS"). A locale whose language is az, lt, tr, nl or
+ * el brings its language's rules; any other locale, or NULL, none.
+ * Capitalizing titlecases the first letter of each word and lowercases the
+ * rest; apostrophes and other case-ignorable characters do not end a
+ * word. */
+CF_EXPORT void CFStringUppercase(CFMutableStringRef theString, CFLocaleRef locale);
+CF_EXPORT void CFStringLowercase(CFMutableStringRef theString, CFLocaleRef locale);
+CF_EXPORT void CFStringCapitalize(CFMutableStringRef theString, CFLocaleRef locale);
 
 /* Numbers in text: leading spaces skipped, ASCII digits only. */
 CF_EXPORT SInt32 CFStringGetIntValue(CFStringRef str);
