@@ -177,8 +177,8 @@ public:
     // user's locale, so the text keeps its length.
     HVString UppercaseString() const;
     HVString LowercaseString() const;
-    // The first letter of each word upper-cased when it is one of a to z,
-    // and the rest of that word lower-cased.
+    // Each word that begins with one of a to z gets a capital first letter
+    // and the rest lower-cased; other words stay as they are.
     HVString CapitalizedString() const;
 
     // Trimming. With the whitespace set, every kind of space and line end

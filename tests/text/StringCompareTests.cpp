@@ -62,6 +62,24 @@ TEST(StringCase, TurkishAndAzeriDottedAndDotlessI) {
     EXPECT_EQ(unitsOf(HVString(u"istanbul").UppercaseString()), u"ISTANBUL");
 }
 
+TEST(StringCase, CapitalizingWordsThatBeginWithLowercaseASCII) {
+    hvtest::ScopedLocale english("en_US.UTF-8");
+    EXPECT_EQ(unitsOf(HVString("hello world").CapitalizedString()), u"Hello World");
+    EXPECT_EQ(unitsOf(HVString("hELLO wORLD").CapitalizedString()), u"Hello World");
+    EXPECT_EQ(unitsOf(HVString("don't stop, a-b 3rd hello.world").CapitalizedString()),
+              u"Don't Stop, A-B 3Rd Hello.World");
+    EXPECT_EQ(unitsOf(HVString(u"straße")).size(), 6u);
+    EXPECT_EQ(unitsOf(HVString(u"straße").CapitalizedString()), u"Straße");
+    // Words that begin otherwise are left as they are written.
+    EXPECT_EQ(unitsOf(HVString("HELLO wORLD").CapitalizedString()), u"HELLO World");
+    EXPECT_EQ(unitsOf(HVString(u"élan vital").CapitalizedString()), u"élan Vital");
+    EXPECT_EQ(unitsOf(HVString(u"  ünd ünd").CapitalizedString()), u"  ünd ünd");
+    HVString empty("");
+    EXPECT_EQ(empty.CapitalizedString().Length(), 0u);
+    hvtest::ScopedLocale turkish("tr_TR.UTF-8");
+    EXPECT_EQ(unitsOf(HVString("istanbul").CapitalizedString()), u"İstanbul");
+}
+
 TEST(StringCompare, ByUnitsAndByCaseFolding) {
     EXPECT_EQ(HVString("a").Compare("b"), HVOrderedAscending);
     EXPECT_EQ(HVString("b").Compare("a"), HVOrderedDescending);

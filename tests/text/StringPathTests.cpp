@@ -14,7 +14,9 @@ std::u16string appended(const char* path, const char* component) {
     return unitsOf(HVString(path).StringByAppendingPathComponent(component));
 }
 
-std::u16string parentOf(const char* path) { return unitsOf(HVString(path).StringByDeletingLastPathComponent()); }
+std::u16string parentOf(const char* path) {
+    return unitsOf(HVString(path).StringByDeletingLastPathComponent());
+}
 
 }  // namespace
 
@@ -108,8 +110,7 @@ TEST(StringPercentEscapes, AddingEscapes) {
     EXPECT_EQ(unitsOf(HVString("100%\"<>").StringByAddingPercentEscapes()), u"100%25%22%3C%3E");
     EXPECT_EQ(unitsOf(HVString("safe-._~09AZaz").StringByAddingPercentEscapes()), u"safe-._~09AZaz");
     // The given characters replace the list of legal characters to escape.
-    EXPECT_EQ(unitsOf(HVString("a/b:c d").StringByAddingPercentEscapesSpecifyingEscapeCharacters("/")),
-              u"a%2Fb:c%20d");
+    EXPECT_EQ(unitsOf(HVString("a/b:c d").StringByAddingPercentEscapesSpecifyingEscapeCharacters("/")), u"a%2Fb:c%20d");
     EXPECT_EQ(unitsOf(HVString("a/b:c").StringByAddingPercentEscapesSpecifyingEscapeCharacters("")), u"a/b:c");
     EXPECT_EQ(unitsOf(HVString("").StringByAddingPercentEscapes()), u"");
     // A lone surrogate has no UTF-8 form: the empty string.

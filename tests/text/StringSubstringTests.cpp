@@ -111,12 +111,12 @@ TEST(StringSubstrings, ReplacingEveryOccurrence) {
 TEST(StringSubstrings, TrimmingBySet) {
     // The whitespace set trims the way the platform does: line ends and
     // other spaces too.
-    EXPECT_EQ(unitsOf(HVString(u"\n\t hi there \u00A0\r\n").StringByTrimmingCharactersInSet(
-                  HVCharacterSet::WhitespaceCharacterSet())),
+    EXPECT_EQ(unitsOf(HVString(u"\n\t hi there \u00A0\r\n")
+                          .StringByTrimmingCharactersInSet(HVCharacterSet::WhitespaceCharacterSet())),
               u"hi there");
     // Every other set trims its own members only.
-    EXPECT_EQ(unitsOf(HVString(u" \u00A0hi\n\v").StringByTrimmingCharactersInSet(
-                  HVCharacterSet::WhitespaceAndNewlineCharacterSet())),
+    EXPECT_EQ(unitsOf(HVString(u" \u00A0hi\n\v")
+                          .StringByTrimmingCharactersInSet(HVCharacterSet::WhitespaceAndNewlineCharacterSet())),
               u"\u00A0hi");
     HVCharacterSet xy = HVCharacterSet::CharacterSetWithCharactersInString("xy");
     EXPECT_EQ(unitsOf(HVString("xyxhixyy").StringByTrimmingCharactersInSet(xy)), u"hi");

@@ -23,7 +23,9 @@ inline std::u16string unitsOf(CFStringRef string) {
     return units;
 }
 
-inline std::u16string unitsOf(const HVString& text) { return unitsOf(static_cast<CFStringRef>(text.Ref())); }
+inline std::u16string unitsOf(const HVString& text) {
+    return unitsOf(static_cast<CFStringRef>(text.Ref()));
+}
 
 // The strings of an array, in order.
 inline std::vector<std::u16string> piecesOf(const HVArray& array) {
