@@ -15,17 +15,53 @@ using namespace halvane::detail;
 
 namespace {
 
-// The receiver's units mapped in place, then read back as UTF-16 text the
+// A new string over a buffer of the default allocator, which the string
+// frees; the buffer is freed here when no string could be made.
+HVString adoptBuffer(void* buffer, CFIndex bytes, CFStringEncoding encoding) {
+    HVString result;
+    CFStringRef created = CFStringCreateWithBytesNoCopy(kCFAllocatorDefault, static_cast<const UInt8*>(buffer), bytes,
+                                                        encoding, false, kCFAllocatorDefault);
+    if (created != nullptr) {
+        result.AssignAndTakeOwnership(created);
+    } else {
+        CFAllocatorDeallocate(kCFAllocatorDefault, buffer);
+    }
+    return result;
+}
+
+// The receiver's units mapped one by one, then read back as UTF-16 text the
 // way data in that encoding is read: trailing zero units count as
 // terminators and are dropped.
 HVString mappedText(const HVString& text, LetterCase letterCase, std::string_view localeIdentifier) {
-    std::u16string units = unitsOf(static_cast<CFStringRef>(text.Ref()));
-    mapLetterCase(units, letterCase, localeIdentifier);
-    while (!units.empty() && units.back() == 0) units.pop_back();
-    HVString result;
-    if (units.empty()) return result;
-    if (CFStringRef created = createStringWithUnits(units.data(), units.size())) result.AssignAndTakeOwnership(created);
-    return result;
+    auto string = static_cast<CFStringRef>(text.Ref());
+    if (string == nullptr) return HVString();
+    CFIndex length = CFStringGetLength(string);
+    if (const char* ascii = CFStringGetCStringPtr(string, kCFStringEncodingASCII)) {
+        // Text held as ASCII is mapped as bytes, which is most text most of
+        // the time and four times less to move.
+        while (length > 0 && ascii[length - 1] == 0) --length;
+        if (length == 0) return HVString();
+        auto* bytes = static_cast<char*>(CFAllocatorAllocate(kCFAllocatorDefault, length, 0));
+        if (mapASCIILetterCase(ascii, bytes, size_t(length), letterCase, localeIdentifier)) {
+            return adoptBuffer(bytes, length, kCFStringEncodingASCII);
+        }
+        CFAllocatorDeallocate(kCFAllocatorDefault, bytes);
+    }
+    if (length == 0) return HVString();
+    auto* units =
+        static_cast<char16_t*>(CFAllocatorAllocate(kCFAllocatorDefault, length * CFIndex(sizeof(UniChar)), 0));
+    const auto* source = reinterpret_cast<const char16_t*>(CFStringGetCharactersPtr(string));
+    if (source == nullptr) {
+        CFStringGetCharacters(string, CFRangeMake(0, length), reinterpret_cast<UniChar*>(units));
+        source = units;
+    }
+    mapLetterCase(source, units, size_t(length), letterCase, localeIdentifier);
+    while (length > 0 && units[length - 1] == 0) --length;
+    if (length == 0) {
+        CFAllocatorDeallocate(kCFAllocatorDefault, units);
+        return HVString();
+    }
+    return adoptBuffer(units, length * CFIndex(sizeof(UniChar)), kCFStringEncodingUTF16LE);
 }
 
 bool isCased(UChar32 c) {

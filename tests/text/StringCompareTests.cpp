@@ -48,6 +48,27 @@ TEST(StringCase, UpperAndLowerCaseKeepTheLength) {
     EXPECT_EQ(fromNull.Length(), 0u);
 }
 
+TEST(StringCase, EveryStorageOfTheTextMapsAlike) {
+    hvtest::ScopedLocale english("en_US.UTF-8");
+    // A mutable string keeps UTF-16 units even for ASCII text.
+    CFMutableStringRef mutableText = CFStringCreateMutable(kCFAllocatorDefault, 0);
+    CFStringAppend(mutableText, CFSTR("Mixed Case 42"));
+    HVString units(static_cast<const void*>(mutableText));
+    EXPECT_EQ(unitsOf(units.UppercaseString()), u"MIXED CASE 42");
+    EXPECT_EQ(unitsOf(units.LowercaseString()), u"mixed case 42");
+    CFRelease(mutableText);
+    // The mapped text is read back as UTF-16 data: trailing zero units are
+    // taken for terminators.
+    const UniChar withZeros[] = {u'a', 0, u'b', 0, 0};
+    CFStringRef zeros = CFStringCreateWithCharacters(kCFAllocatorDefault, withZeros, 5);
+    EXPECT_EQ(unitsOf(HVString(static_cast<const void*>(zeros)).UppercaseString()), std::u16string(u"A\0B", 3));
+    CFRelease(zeros);
+    const UniChar accentedWithZero[] = {0xE9, 0};
+    zeros = CFStringCreateWithCharacters(kCFAllocatorDefault, accentedWithZero, 2);
+    EXPECT_EQ(unitsOf(HVString(static_cast<const void*>(zeros)).UppercaseString()), u"\u00C9");
+    CFRelease(zeros);
+}
+
 TEST(StringCase, TurkishAndAzeriDottedAndDotlessI) {
     {
         hvtest::ScopedLocale turkish("tr_TR.UTF-8");
