@@ -16,3 +16,8 @@ ctest --test-dir "$build" --output-on-failure -j "$(nproc)"
 if [[ "${HALVANE_SKIP_VALGRIND:-0}" != "1" ]]; then
     "$root/scripts/valgrind.sh"
 fi
+
+# Third pass: every fuzz target for 30 seconds.
+if [[ "${HALVANE_SKIP_FUZZ:-0}" != "1" ]]; then
+    "$root/scripts/fuzz.sh"
+fi

@@ -150,7 +150,7 @@ public:
     ~HVAutoreleasePool();
 
 private:
-    void* m_Unused;
+    [[maybe_unused]] void* m_Unused;
 };
 
 #endif  // HALVANE_CORE_HVOBJECT_H
