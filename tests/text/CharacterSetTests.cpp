@@ -107,6 +107,19 @@ TEST(CharacterSet, AddingAndRemovingCharactersReplacesTheSet) {
     EXPECT_EQ(membersOf(HVCharacterSet::DecimalDigitCharacterSet()), u"0123456789");
 }
 
+TEST(CharacterSet, DefaultSetsAndRefusedRangesAreHandedOnUnchecked) {
+    // The platform ignores the empty data object of a default set, with a
+    // report on standard error.
+    HVCharacterSet set;
+    set.AddCharactersInString("ba");
+    EXPECT_EQ(membersOf(set), u"ab");
+    EXPECT_EQ(CFGetTypeID(set.Ref()), CFCharacterSetGetTypeID());
+    // A range beyond Unicode makes no set.
+    HVCharacterSet refused = HVCharacterSet::CharacterSetWithRange(HVRange(0x110000, 1));
+    EXPECT_TRUE(refused.IsNull());
+    EXPECT_TRUE(refused.IsEmpty());
+}
+
 TEST(CharacterSet, CopiesAndAssignmentsShareTheSet) {
     HVCharacterSet set = HVCharacterSet::CharacterSetWithCharactersInString("q");
     HVCharacterSet copy(set);
