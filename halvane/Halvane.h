@@ -11,7 +11,10 @@
 #include <halvane/core/HVObject.h>
 #include <halvane/core/HVRetainedObject.h>
 #include <halvane/text/HVComparisonResult.h>
+#include <halvane/text/HVCharacterSet.h>
+#include <halvane/text/HVCompare.h>
 #include <halvane/text/HVRange.h>
+#include <halvane/text/HVScanner.h>
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>

@@ -6,15 +6,16 @@
 #include <halvane/errors/HVException.h>
 #include <halvane/errors/HVLog.h>
 #include <halvane/text/detail/TextConversion.h>
+#include <halvane/text/detail/UnicodeText.h>
 #include <halvane/os/UUID.h>
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <unicode/unistr.h>
 
 #include <cstring>
 
 HV_REGISTER_CLASS(HVString);
 
+using halvane::detail::unicodeOf;
 using halvane::detail::wideToUTF16;
 
 namespace {
@@ -682,22 +683,6 @@ bool HVString::operator==(const unsigned int* other) const { return IsEqualToStr
 bool HVString::operator!=(const unsigned int* other) const { return !IsEqualToString(other); }
 bool HVString::operator==(const __CFString* other) const { return IsEqualToString(other); }
 bool HVString::operator!=(const __CFString* other) const { return !IsEqualToString(other); }
-
-namespace {
-
-icu::UnicodeString unicodeOf(const HVString& text) {
-    CFStringRef string = static_cast<CFStringRef>(text.Ref());
-    CFIndex length = CFStringGetLength(string);
-    icu::UnicodeString result;
-    if (length <= 0) return result;
-    if (const UniChar* units = CFStringGetCharactersPtr(string)) return icu::UnicodeString(units, int32_t(length));
-    UChar* buffer = result.getBuffer(int32_t(length));
-    CFStringGetCharacters(string, CFRangeMake(0, length), reinterpret_cast<UniChar*>(buffer));
-    result.releaseBuffer(int32_t(length));
-    return result;
-}
-
-}  // namespace
 
 bool HVString::operator<(const HVString& other) const { return unicodeOf(*this).compare(unicodeOf(other)) == 1; }
 

@@ -4,11 +4,15 @@
 #define HALVANE_TEXT_HVSTRING_H
 
 #include <halvane/core/HVObject.h>
+#include <halvane/text/HVCompare.h>
+#include <halvane/text/HVRange.h>
 
 #include <cstdarg>
 #include <memory>
 #include <string>
 
+class HVArray;
+class HVCharacterSet;
 class HVData;
 struct __CFString;
 
@@ -138,6 +142,91 @@ public:
     // The unit at index, unchecked.
     wchar_t operator[](unsigned long long index) const;
     wchar_t operator[](int index) const;
+
+    // Searching. Every search of an empty text, or for an empty one, finds
+    // nothing (the not-found location with length 0). Ranges reach the
+    // platform cut to 32 bits. A case-insensitive search compares the
+    // upper-cased texts, so a match has the length of what was sought.
+    HVRange RangeOfString(const HVString& target) const;
+    HVRange RangeOfStringWithOptions(const HVString& target, HVStringCompareOptions options) const;
+    HVRange RangeOfStringInRange(const HVString& target, const HVRange& range) const;
+    HVRange RangeOfStringWithOptionsInRange(const HVString& target, HVStringCompareOptions options,
+                                            const HVRange& range) const;
+    HVRange RangeOfCharacterFromSet(const HVCharacterSet& set) const;
+    HVRange RangeOfCharacterFromSetWithOptions(const HVCharacterSet& set, HVStringCompareOptions options) const;
+    HVRange RangeOfCharacterFromSetInRange(const HVCharacterSet& set, const HVRange& range) const;
+    HVRange RangeOfCharacterFromSetWithOptionsInRange(const HVCharacterSet& set, HVStringCompareOptions options,
+                                                      const HVRange& range) const;
+    // False for an empty prefix or suffix.
+    bool HasPrefix(const HVString& prefix) const;
+    bool HasSuffix(const HVString& suffix) const;
+
+    // Substrings. An empty receiver or range gives the empty string; a range
+    // that does not lie inside the text throws HVException (range).
+    HVString SubstringWithRange(HVRange range) const;
+    HVString SubstringToIndex(unsigned long long index) const;
+    HVString SubstringFromIndex(unsigned long long index) const;
+
+    // Splitting and replacing. Adjacent separators give empty pieces; a
+    // text without the separator gives a one-element array.
+    HVArray ComponentsSeparatedByString(const HVString& separator) const;
+    HVArray ComponentsSeparatedByCharactersInSet(const HVCharacterSet& set) const;
+    HVString StringByReplacingOccurrencesOfStringWithString(const HVString& target, const HVString& replacement) const;
+
+    // Case. Upper- and lower-casing map each character by itself in the
+    // user's locale, so the text keeps its length.
+    HVString UppercaseString() const;
+    HVString LowercaseString() const;
+    // Each word that begins with one of a to z gets a capital first letter
+    // and the rest lower-cased; other words stay as they are.
+    HVString CapitalizedString() const;
+
+    // Trimming. With the whitespace set, every kind of space and line end
+    // is trimmed; with any other set, the members of the set.
+    HVString StringByTrimmingCharactersInSet(const HVCharacterSet& set) const;
+
+    // Paths, as text on every platform: "/" and "\" both separate
+    // components ("/" is looked for first), a drive root such as "C:\" is
+    // kept whole, and a new separator is the one the text already uses.
+    HVString StringByAppendingPathComponent(const HVString& component) const;
+    HVString StringByAppendingPathExtension(const HVString& extension) const;
+    HVString StringByDeletingLastPathComponent() const;
+    HVString StringByDeletingPathExtension() const;
+    HVString LastPathComponent() const;
+    HVString PathExtension() const;
+    HVString StringByExpandingTildeInPath() const;
+
+    // Percent escapes in UTF-8 (or the given encoding). Adding escapes
+    // ":?=,!$&'()*+;[]@#" besides what URLs never allow, or the given
+    // characters instead of that list.
+    HVString StringByAddingPercentEscapes() const;
+    HVString StringByAddingPercentEscapesSpecifyingEscapeCharacters(const HVString& characters) const;
+    HVString StringByReplacingPercentEscapes() const;
+    HVString StringByReplacingPercentEscapesUsingEncoding(HVStringEncoding encoding) const;
+
+    // Numbers read from the text; 0 (false) for an empty text. The integer
+    // forms are 32-bit readings (also the 64-bit ones); LongLongValue and
+    // ULongLongValue read the text as a double and truncate it.
+    int IntValue() const;
+    unsigned int UnsignedIntValue() const;
+    long long IntegerValue() const;
+    unsigned long long UIntegerValue() const;
+    long long LongLongValue() const;
+    unsigned long long ULongLongValue() const;
+    double DoubleValue() const;
+    float FloatValue() const;
+    // True for a text beginning with Y, y, T or t, or holding a non-zero
+    // integer.
+    bool BoolValue() const;
+
+    // Comparison: by UTF-16 units, by case folding, or collated for the
+    // user's current locale.
+    HVComparisonResult Compare(const HVString& other) const;
+    HVComparisonResult CompareWithOptions(const HVString& other, HVStringCompareOptions options) const;
+    HVComparisonResult CaseInsensitiveCompare(const HVString& other) const;
+    bool IsEqualToStringIgnoringCase(const HVString& other) const;
+    HVComparisonResult LocalizedCompare(const HVString& other) const;
+    HVComparisonResult LocalizedCaseInsensitiveCompare(const HVString& other) const;
 
     bool IsEqualToString(const HVString& other) const;
     bool IsEqualToString(const char* other) const;
