@@ -102,7 +102,8 @@ CFHashCode hashOf(const Unit* p, CFIndex length) {
 template <typename A, typename B>
 bool sameUnits(const A* a, const B* b, CFIndex length) {
     if constexpr (std::is_same_v<A, B>) {
-        return std::memcmp(a, b, size_t(length) * sizeof(A)) == 0;
+        // An empty mutable string has no buffer: memcmp must not see NULL.
+        return length == 0 || std::memcmp(a, b, size_t(length) * sizeof(A)) == 0;
     } else {
         for (CFIndex i = 0; i < length; ++i) {
             if (UniChar(a[i]) != UniChar(b[i])) return false;

@@ -10,6 +10,7 @@
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFError.h>
 #include <CoreFoundation/CFNumber.h>
+#include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFSocket.h>
 #include <CoreFoundation/CFStream.h>
