@@ -27,6 +27,10 @@
 #include <halvane/collections/HVArray.h>
 #include <halvane/collections/HVData.h>
 #include <halvane/collections/HVDictionary.h>
+#include <halvane/collections/HVEnumerator.h>
+#include <halvane/collections/HVMutableArray.h>
+#include <halvane/collections/HVMutableDictionary.h>
+#include <halvane/serialization/HVPropertyListSerialization.h>
 #include <halvane/errors/HVAssert.h>
 #include <halvane/errors/HVError.h>
 #include <halvane/errors/HVException.h>

@@ -1,9 +1,12 @@
 #include <halvane/collections/HVData.h>
 
+#include <halvane/collections/HVDictionary.h>
 #include <halvane/core/detail/ClassRegistry.h>
 #include <halvane/errors/HVAssert.h>
 #include <halvane/errors/HVError.h>
 #include <halvane/errors/HVException.h>
+
+#include <halvane/serialization/HVPropertyListSerialization.h>
 
 #include <halvane/os/File.h>
 
@@ -60,6 +63,8 @@ HVData::HVData(const HVData& other) : HVData() {
 
 HVData::HVData(const HVString& string) : HVData() { InitWithStringUsingEncoding(string, HVUTF8StringEncoding); }
 
+HVData::HVData(const HVDictionary& dictionary) : HVData() { InitWithDictionary(dictionary); }
+
 HVData::HVData(const HVObject& object) : HVData() {
     HVClassType actual = object.ObjectsActualClassType();
     if (actual == HVDataClassType) {
@@ -94,6 +99,12 @@ const void* const& HVData::SharedEmptyObject() {
 HVData HVData::DataWithData(const HVData& data) {
     HVData result;
     result.InitWithData(data);
+    return result;
+}
+
+HVData HVData::DataWithDictionary(const HVDictionary& dictionary) {
+    HVData result;
+    result.InitWithDictionary(dictionary);
     return result;
 }
 
@@ -240,6 +251,13 @@ void HVData::InitContainingCStringWithStringUsingEncoding(const HVString& string
     InitWithData(string.DataContainingCStringUsingEncoding(encoding));
 }
 
+void HVData::InitWithDictionary(const HVDictionary& dictionary) {
+    // A dictionary that is no property list gives what the writer gives
+    // then: empty data.
+    InitWithData(
+        HVPropertyListSerialization::DataWithDictionaryPropertyListUsingFormat(dictionary, HVPropertyListXMLFormat_v1_0));
+}
+
 void HVData::InitWithBytesOfLength(const void* bytes, unsigned long long length) {
     if (bytes == nullptr || length == 0) {
         Empty();
@@ -319,6 +337,11 @@ bool HVData::AppendToFile(const HVString& path) const {
 
 HVData& HVData::operator=(const HVString& string) {
     InitWithString(string);
+    return *this;
+}
+
+HVData& HVData::operator=(const HVDictionary& dictionary) {
+    InitWithDictionary(dictionary);
     return *this;
 }
 
@@ -412,6 +435,8 @@ HVMutableData::HVMutableData(const HVObject& object) : HVMutableData() {
         AssignUnderlyingDataAndTakeOwnership(CFDataCreateMutableCopy(kCFAllocatorDefault, 0, asData(object.Ref())));
     } else if (held == HVStringClassType) {
         InitWithString(HVString(object));
+    } else if (held == HVDictionaryClassType || held == HVMutableDictionaryClassType) {
+        InitWithDictionary(HVDictionary(object.Ref()));
     } else if (object.IsNull()) {
         Nullify();
     } else {
@@ -522,6 +547,12 @@ void HVMutableData::InitWithContentsOfFile(const HVString& path) {
     AssignUnderlyingDataAndTakeOwnership(mutableCopyOf(immutable));
 }
 
+void HVMutableData::InitWithDictionary(const HVDictionary& dictionary) {
+    HVData immutable;
+    immutable.InitWithDictionary(dictionary);
+    AssignUnderlyingDataAndTakeOwnership(mutableCopyOf(immutable));
+}
+
 void HVMutableData::InitWithBytesOfLength(const void* bytes, unsigned long long length) {
     if (bytes == nullptr || length == 0) {
         Empty();
@@ -580,6 +611,11 @@ HVMutableData& HVMutableData::operator=(const HVData& data) {
 
 HVMutableData& HVMutableData::operator=(const HVString& string) {
     InitWithString(string);
+    return *this;
+}
+
+HVMutableData& HVMutableData::operator=(const HVDictionary& dictionary) {
+    InitWithDictionary(dictionary);
     return *this;
 }
 

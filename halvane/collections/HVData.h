@@ -10,6 +10,7 @@
 
 struct __CFData;
 
+class HVDictionary;
 class HVError;
 
 class HV_EXPORT HVData : public HVObject {
@@ -17,6 +18,8 @@ public:
     HVData();
     HVData(const HVData& other);
     HVData(const HVString& string);
+    // The dictionary's XML property-list text.
+    HVData(const HVDictionary& dictionary);
     HVData(const HVObject& object);
     HVData(const void* const& ref);
     HVData(const __CFData* ref);
@@ -25,6 +28,7 @@ public:
     static const void* const& SharedEmptyObject();
 
     static HVData DataWithData(const HVData& data);
+    static HVData DataWithDictionary(const HVDictionary& dictionary);
     static HVData DataWithContentsOfFile(const HVString& path);
     static HVData DataWithBytesOfLength(const void* bytes, unsigned long long length);
     // The buffer takes the bytes over and frees them (free) when the last
@@ -53,6 +57,9 @@ public:
     void InitWithString(const HVString& string);
     void InitWithStringUsingEncoding(const HVString& string, HVStringEncoding encoding);
     void InitContainingCStringWithStringUsingEncoding(const HVString& string, HVStringEncoding encoding);
+    // The XML property-list text of the dictionary; empty when it cannot be
+    // written as a property list.
+    void InitWithDictionary(const HVDictionary& dictionary);
     void InitWithBytesOfLength(const void* bytes, unsigned long long length);
 
     // Writing replaces the file; the atomic forms are the same operation.
@@ -67,6 +74,7 @@ public:
 
     HVData& operator=(const HVData& other);
     HVData& operator=(const HVString& string);
+    HVData& operator=(const HVDictionary& dictionary);
     HVData& operator=(const __CFData* ref);
     operator const __CFData*() const;
 
@@ -112,6 +120,7 @@ public:
     void InitWithData(const HVData& data);
     void InitWithString(const HVString& string);
     void InitWithContentsOfFile(const HVString& path);
+    void InitWithDictionary(const HVDictionary& dictionary);
     void InitWithBytesOfLength(const void* bytes, unsigned long long length);
     void SetData(const HVData& data);
     void SetData(const HVMutableData& data);
@@ -128,6 +137,7 @@ public:
     HVMutableData& operator=(const HVMutableData& other);
     HVMutableData& operator=(const HVData& data);
     HVMutableData& operator=(const HVString& string);
+    HVMutableData& operator=(const HVDictionary& dictionary);
     HVMutableData& operator=(__CFData* ref);
 
 private:

@@ -692,3 +692,18 @@ HVString HVUtilities::CreateUUID() {
     std::string text = halvane::os::CreateSequentialUUIDString();
     return text.empty() ? HVString() : HVString(text);
 }
+
+// Text form
+
+HVString HVString::Serialize() { return StringWithFormat("\"%@\"", m_Ref); }
+
+void HVString::Deserialize(const HVString& text) {
+    HVString source = text;  // text may be this very string
+    Empty();
+    unsigned long long length = source.Length();
+    if (length < 2 || source[0ull] != L'"' || source[length - 1] != L'"') return;
+    AssignUnderlyingStringAndTakeOwnership(CFStringCreateWithSubstring(kCFAllocatorDefault, asString(source.Ref()),
+                                                                       CFRangeMake(1, CFIndex(length - 2))));
+}
+
+bool HVString::IsNativelyAllowedInPropertyList() const { return true; }

@@ -260,6 +260,14 @@ public:
 protected:
     void AssignUnderlyingString(const void* ref);
     void AssignUnderlyingStringAndTakeOwnership(const void* ref);
+
+public:
+    // The text between double quotes; inner quotes are not escaped.
+    HVString Serialize() override;
+    // Takes what lies between the first and the last character when both
+    // are double quotes; any other text gives the empty string.
+    void Deserialize(const HVString& text) override;
+    bool IsNativelyAllowedInPropertyList() const override;
 };
 
 inline HVString::HVString(const HVString& other) : HVObject(other, HVStringClassType) {}

@@ -1,0 +1,34 @@
+// HVArray's typed accessors: each is its rule of TypedAccessRules.h applied
+// by the one template of TypedAccess.h.
+#include <halvane/collections/HVArray.h>
+
+#include <halvane/collections/detail/TypedAccessRules.h>
+
+using halvane::detail::ConvertedElement;
+using halvane::detail::ErrorSlot;
+
+// The form with an error converts the (range-checked) element by the rule;
+// the form without one reports a mismatch as an assertion line.
+#define HV_ARRAY_TYPED_ACCESSOR(Result, Accessor, Rule)                                               \
+    Result HVArray::Accessor(unsigned long long index, HVError& error) const {                        \
+        return ConvertedElement(InternalObjectAtIndex(index), index, ErrorSlot{&error}, halvane::detail::Rule); \
+    }                                                                                                 \
+    Result HVArray::Accessor(unsigned long long index) const {                                        \
+        HVError error = halvane::detail::NoError();                                                   \
+        Result result = Accessor(index, error);                                                       \
+        halvane::detail::ReportArrayMismatch(error, halvane::detail::Rule.function,                   \
+                                             halvane::detail::Rule.line);                             \
+        return result;                                                                                \
+    }
+
+HV_ARRAY_TYPED_ACCESSOR(HVArray, ArrayAtIndex, kArrayAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVMutableArray, MutableArrayAtIndex, kMutableArrayAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVBool, BoolAtIndex, kBoolAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVData, DataAtIndex, kDataAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVMutableData, MutableDataAtIndex, kMutableDataAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVDictionary, DictionaryAtIndex, kDictionaryAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVMutableDictionary, MutableDictionaryAtIndex, kMutableDictionaryAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVNumber, NumberAtIndex, kNumberAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVString, StringAtIndex, kStringAtIndex)
+
+#undef HV_ARRAY_TYPED_ACCESSOR

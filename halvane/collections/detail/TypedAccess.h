@@ -1,0 +1,172 @@
+// The machinery behind the typed accessors of arrays and dictionaries. Each
+// accessor is one rule of TypedAccessRules.h (the element class types it
+// accepts, how each is converted, and the function name and line that its
+// assertion reports); the templates here apply a rule the same way for every
+// accessor, so the forty-odd members differ only in their rule.
+#ifndef HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
+#define HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
+
+#include <halvane/core/HVObject.h>
+#include <halvane/errors/HVError.h>
+#include <halvane/text/HVString.h>
+
+#include <array>
+#include <cstddef>
+#include <type_traits>
+
+namespace halvane::detail {
+
+// One accepted element class type and how an element of it becomes the
+// result.
+template <typename Result>
+struct Conversion {
+    HVClassType type;
+    void (*convert)(const void* element, HVClassType type, Result& result);
+};
+
+template <typename Result, std::size_t Rows>
+struct AccessRule {
+    // What the assertion of the form without an error argument names.
+    const char* function;
+    int line;
+    std::array<Conversion<Result>, Rows> conversions;
+
+    // Converts by the first row that accepts the type; false when none does.
+    bool Convert(const void* element, HVClassType type, Result& result) const {
+        for (const Conversion<Result>& row : conversions) {
+            if (row.type == type) {
+                row.convert(element, type, result);
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+template <typename Result>
+constexpr Conversion<Result> Accept(HVClassType type, void (*convert)(const void*, HVClassType, Result&)) {
+    return {type, convert};
+}
+
+template <typename Result, typename... More>
+constexpr AccessRule<Result, 1 + sizeof...(More)> Rule(const char* function, int line, Conversion<Result> first,
+                                                       More... more) {
+    return {function, line, {first, more...}};
+}
+
+// Where a failure goes: the caller's error, or nowhere (the forms that never
+// report build no error at all).
+struct ErrorSlot {
+    HVError* error;
+
+    template <typename Make>
+    void Report(Make make) const {
+        if (error != nullptr) *error = make();
+    }
+};
+
+// "Object type does not match the object type requested." with the reason
+// "Object type at index %d is a %@." (code 20004).
+HVError TypeMismatchAtIndex(unsigned long long index, HVClassType type);
+// The same with the reason "Object type with key %@ is a %@.".
+HVError TypeMismatchForKey(const HVString& key, HVClassType type);
+// "Key not contained in dictionary." (code 20006).
+HVError KeyNotFound();
+// An error holding nothing: as empty as the default one, without touching
+// the shared empty error.
+HVError NoError();
+
+// The assertion lines of the forms without an error argument.
+void ReportArrayMismatch(const HVError& error, const char* function, int line);
+void ReportDictionaryMismatchUnlessMissing(const HVError& error, const char* function, int line);
+
+// The values a result starts from and falls back to.
+template <typename Result>
+struct ResultTraits {
+    // An object of the type that holds no reference.
+    static Result Null() {
+        if constexpr (std::is_constructible_v<Result, const void* const&>) {
+            const void* none = nullptr;
+            return Result(none);
+        } else {
+            Result result;
+            result.Nullify();
+            return result;
+        }
+    }
+    // The shared empty object of the type (the zero value for geometry).
+    static Result Empty() { return Result(); }
+    static bool HoldsNothing(const Result& result) {
+        if constexpr (std::is_base_of_v<HVObject, Result>) {
+            return result.IsNull();
+        } else {
+            return false;
+        }
+    }
+};
+
+template <typename Pointee>
+struct ResultTraits<Pointee*> {
+    static Pointee* Null() { return nullptr; }
+    static Pointee* Empty() { return nullptr; }
+    static bool HoldsNothing(Pointee* result) { return result == nullptr; }
+};
+
+// XAtIndex(index, error): the element (already range-checked) converted by
+// the rule; a null element is the empty result without an error.
+template <typename Result, std::size_t Rows>
+Result ConvertedElement(const void* element, unsigned long long index, ErrorSlot error,
+                      const AccessRule<Result, Rows>& rule) {
+    using Traits = ResultTraits<Result>;
+    if (element == nullptr) return Traits::Empty();
+    HVClassType type = HVObject::ClassTypeNeededForObject(element);
+    Result result = Traits::Null();
+    if (!rule.Convert(element, type, result)) {
+        error.Report([&] { return TypeMismatchAtIndex(index, type); });
+        return Traits::Empty();
+    }
+    if (Traits::HoldsNothing(result)) return Traits::Empty();
+    return result;
+}
+
+// XForExistingKey(key, error): value is what the raw lookup found (null for
+// a missing key, which the lookup has reported). A null value object counts
+// as missing and is not reported.
+template <typename Result, std::size_t Rows>
+Result ConvertedValue(const void* value, const HVString& key, ErrorSlot error,
+                           const AccessRule<Result, Rows>& rule) {
+    using Traits = ResultTraits<Result>;
+    Result result = Traits::Null();
+    if (value == nullptr) return result;
+    HVClassType type = HVObject::ClassTypeNeededForObject(value);
+    if (type == HVNullClassType) return result;
+    if (!rule.Convert(value, type, result)) error.Report([&] { return TypeMismatchForKey(key, type); });
+    return result;
+}
+
+// XForKey: what holds no reference (or the platform null) becomes the
+// shared empty object of the type.
+template <typename Result>
+Result OrEmpty(Result result) {
+    if (ResultTraits<Result>::HoldsNothing(result)) return ResultTraits<Result>::Empty();
+    return result;
+}
+
+// Points, sizes and rectangles of a dictionary come from its string value:
+// a missing, mistyped or empty string is a type mismatch naming the string
+// class.
+template <typename Geometry, std::size_t Rows>
+Geometry GeometryFromText(const HVString& text, const HVString& key, ErrorSlot error,
+                          const AccessRule<Geometry, Rows>& rule) {
+    Geometry result;
+    if (text.IsEmpty()) {
+        error.Report([&] { return TypeMismatchForKey(key, HVStringClassType); });
+        return result;
+    }
+    rule.Convert(text.Ref(), HVStringClassType, result);
+    return result;
+}
+
+}  // namespace halvane::detail
+
+#endif  // HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
