@@ -28,7 +28,10 @@ HVEnumerator& HVEnumerator::operator=(const HVEnumerator& other) {
 HVObject HVEnumerator::NextObject() {
     HVArray all = AllObjects();
     if (m_Position >= all.Count()) return HVObject();
-    return all.ObjectAtIndex(m_Position++);
+    // Handed on through the copy constructor, so the result is a plain
+    // object that a caller's loop variable can take the end marker into.
+    const HVObject element = all.ObjectAtIndex(m_Position++);
+    return HVObject(element);
 }
 
 HVString HVEnumerator::NextStringObject() {

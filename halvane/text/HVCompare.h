@@ -4,15 +4,9 @@
 #define HALVANE_TEXT_HVCOMPARE_H
 
 #include <halvane/core/HVExport.h>
+#include <halvane/text/HVComparisonResult.h>
 
 #include <CoreFoundation/CFBase.h>
-
-// The order of two values: the first is smaller, equal or larger.
-enum HVComparisonResult {
-    HVOrderedAscending = -1,
-    HVOrderedSame = 0,
-    HVOrderedDescending = 1,
-};
 
 // Flags of the searches and comparisons. Bit 1 folds case, bit 4 searches
 // backwards, bit 64 compares runs of digits by value; the other bits are

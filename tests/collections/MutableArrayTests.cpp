@@ -147,7 +147,8 @@ TEST(MutableArray, FixedCapacity) {
 
 TEST(MutableArray, TypedAdditionsHoldTheValues) {
     HVMutableArray array;
-    HVMutableDictionary dictionary;
+    HVMutableDictionary dictionary;  // an entry gives it a platform dictionary of its own
+    dictionary.SetStringForKey("v", "k");
     array.AddBool(true);
     array.AddNumber(7);
     array.AddData(hvtest::bytes("d"));

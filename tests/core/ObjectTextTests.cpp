@@ -54,7 +54,7 @@ TEST(ObjectText, ObjectsFromTheirTaggedText) {
 
     HVObject number = HVObject::CreateObjectFromString("HVNumber:12");
     EXPECT_EQ(number.ObjectsClassType(), HVNumberClassType);
-    EXPECT_EQ(CFNumberGetType(static_cast<CFNumberRef>(number.Ref())), kCFNumberDoubleType);
+    EXPECT_EQ(CFNumberGetType(static_cast<CFNumberRef>(number.Ref())), kCFNumberFloat64Type);
     EXPECT_EQ(HVNumber(number).DoubleValue(), 12.0);
 
     EXPECT_EQ(HVObject::CreateObjectFromString("HVBool:YES").Ref(), kCFBooleanTrue);
