@@ -9,16 +9,14 @@ using halvane::detail::ErrorSlot;
 
 // The form with an error converts the (range-checked) element by the rule;
 // the form without one reports a mismatch as an assertion line.
-#define HV_ARRAY_TYPED_ACCESSOR(Result, Accessor, Rule)                                               \
-    Result HVArray::Accessor(unsigned long long index, HVError& error) const {                        \
+#define HV_ARRAY_TYPED_ACCESSOR(Result, Accessor, Rule)                                                         \
+    Result HVArray::Accessor(unsigned long long index, HVError& error) const {                                  \
         return ConvertedElement(InternalObjectAtIndex(index), index, ErrorSlot{&error}, halvane::detail::Rule); \
-    }                                                                                                 \
-    Result HVArray::Accessor(unsigned long long index) const {                                        \
-        HVError error = halvane::detail::NoError();                                                   \
-        Result result = Accessor(index, error);                                                       \
-        halvane::detail::ReportArrayMismatch(error, halvane::detail::Rule.function,                   \
-                                             halvane::detail::Rule.line);                             \
-        return result;                                                                                \
+    }                                                                                                           \
+    Result HVArray::Accessor(unsigned long long index) const {                                                  \
+        const ErrorSlot logged{nullptr, halvane::detail::ReportArrayMismatch, halvane::detail::Rule.function,   \
+                               halvane::detail::Rule.line};                                                     \
+        return ConvertedElement(InternalObjectAtIndex(index), index, logged, halvane::detail::Rule);            \
     }
 
 HV_ARRAY_TYPED_ACCESSOR(HVArray, ArrayAtIndex, kArrayAtIndex)

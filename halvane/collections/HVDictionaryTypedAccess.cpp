@@ -5,29 +5,30 @@
 #include <halvane/collections/detail/TypedAccessRules.h>
 
 using halvane::detail::ErrorSlot;
-using halvane::detail::OrEmpty;
 using halvane::detail::ConvertedValue;
+using halvane::detail::WhenMissing;
 
 // Four members per value type: the required lookup with and without an
 // error (the latter logs a wrong type, not a missing key), and the optional
 // lookup, which hands back the empty object for a missing value and never
 // logs.
-#define HV_DICTIONARY_TYPED_LOOKUPS(Result, Name, Rule)                                                          \
-    Result HVDictionary::Name##ForExistingKey(const HVString& key, HVError& error) const {                      \
-        return ConvertedValue(HVIdForKeyIfPresent(key, error), key, ErrorSlot{&error}, halvane::detail::Rule); \
-    }                                                                                                             \
-    Result HVDictionary::Name##ForExistingKey(const HVString& key) const {                                      \
-        HVError error = halvane::detail::NoError();                                                              \
-        Result result = Name##ForExistingKey(key, error);                                                        \
-        halvane::detail::ReportDictionaryMismatchUnlessMissing(error, halvane::detail::Rule.function,             \
-                                                               halvane::detail::Rule.line);                       \
-        return result;                                                                                            \
-    }                                                                                                             \
-    Result HVDictionary::Name##ForKey(const HVString& key, HVError& error) const {                              \
-        return OrEmpty(Name##ForExistingKey(key, error));                                                        \
-    }                                                                                                             \
-    Result HVDictionary::Name##ForKey(const HVString& key) const {                                              \
-        return OrEmpty(ConvertedValue(HVIdForKeyIfPresent(key), key, ErrorSlot{nullptr}, halvane::detail::Rule)); \
+#define HV_DICTIONARY_TYPED_LOOKUPS(Result, Name, Rule)                                                         \
+    Result HVDictionary::Name##ForExistingKey(const HVString& key, HVError& error) const {                     \
+        return ConvertedValue(HVIdForKeyIfPresent(key, error), key, ErrorSlot{&error}, halvane::detail::Rule,  \
+                              WhenMissing::Null);                                                               \
+    }                                                                                                            \
+    Result HVDictionary::Name##ForExistingKey(const HVString& key) const {                                     \
+        const ErrorSlot logged{nullptr, halvane::detail::ReportDictionaryMismatchUnlessMissing,                 \
+                               halvane::detail::Rule.function, halvane::detail::Rule.line};                     \
+        return ConvertedValue(HVIdForKeyIfPresent(key), key, logged, halvane::detail::Rule, WhenMissing::Null); \
+    }                                                                                                            \
+    Result HVDictionary::Name##ForKey(const HVString& key, HVError& error) const {                             \
+        return ConvertedValue(HVIdForKeyIfPresent(key, error), key, ErrorSlot{&error}, halvane::detail::Rule,  \
+                              WhenMissing::Empty);                                                              \
+    }                                                                                                            \
+    Result HVDictionary::Name##ForKey(const HVString& key) const {                                             \
+        return ConvertedValue(HVIdForKeyIfPresent(key), key, ErrorSlot{}, halvane::detail::Rule,                \
+                              WhenMissing::Empty);                                                              \
     }
 
 HV_DICTIONARY_TYPED_LOOKUPS(HVArray, Array, kArrayForExistingKey)
