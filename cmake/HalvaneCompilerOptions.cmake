@@ -39,4 +39,10 @@ endif()
 
 function(halvane_target_options target)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:halvane_build_options>)
+    # A shared library calls its own exported functions directly rather than
+    # through the procedure linkage table; nothing replaces them at load time.
+    get_target_property(_type ${target} TYPE)
+    if(_type STREQUAL "SHARED_LIBRARY")
+        target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
+    endif()
 endfunction()
