@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -312,4 +313,41 @@ TEST(Dictionary, PropertyListFiles) {
     withNull.SetObjectForKey(HVNull(), "n");
     EXPECT_FALSE(withNull.WriteToFile(path));
     EXPECT_TRUE(HVDictionary::DictionaryWithContentsOfFile(path) == dictionary);
+}
+
+// Property-list files written by other software: read through the
+// dictionary's file reader, written back by ours, and read again equal.
+TEST(Dictionary, PropertyListFilesWrittenElsewhere) {
+    const char* shared = std::getenv("HALVANE_SHARED_DIR");
+    std::string corpus = shared != nullptr ? std::string(shared) + "/corpus/plist/" : std::string();
+    if (corpus.empty() || !std::ifstream(corpus + "Info.plist")) {
+        GTEST_SKIP() << "HALVANE_SHARED_DIR/corpus/plist is not available";
+    }
+    TemporaryDirectory directory;
+
+    HVDictionary info = HVDictionary::DictionaryWithContentsOfFile(corpus + "Info.plist");
+    EXPECT_EQ(info.Count(), 11u);
+    EXPECT_EQ(text(info.StringForKey("CFBundleIdentifier")), "org.swift.TestFoundation");
+    EXPECT_EQ(text(info.StringForKey("CFBundleSignature")), "????");
+    // An empty string value is present, and differs from a missing key.
+    HVError error;
+    EXPECT_TRUE(info.StringForExistingKey("NSPrincipalClass", error).IsEmpty());
+    EXPECT_FALSE(info.StringForExistingKey("NSPrincipalClass", error).IsNull());
+    EXPECT_FALSE(error.IsError());
+
+    HVDictionary test = HVDictionary::DictionaryWithContentsOfFile(corpus + "Test.plist");
+    HVArray words = test.ArrayForKey("Baz");
+    ASSERT_EQ(words.Count(), 3u);
+    EXPECT_EQ(text(words.StringAtIndex(2)), "lists");
+
+    HVDictionary urls = HVDictionary::DictionaryWithContentsOfFile(corpus + "NSURLTestData.plist");
+    HVArray parsing = urls.ArrayForKey("ParsingTests");
+    ASSERT_GT(parsing.Count(), 100u);
+    EXPECT_EQ(text(parsing.DictionaryAtIndex(0).StringForKey("In-Title")), "NSURLWithString-parse-absolute-file-001");
+
+    for (const HVDictionary& original : {info, test, urls}) {
+        std::string copy = directory.file("copy.plist");
+        ASSERT_TRUE(original.WriteToFile(copy));
+        EXPECT_TRUE(HVDictionary::DictionaryWithContentsOfFile(copy) == original);
+    }
 }
