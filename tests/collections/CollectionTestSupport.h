@@ -4,6 +4,7 @@
 #define HALVANE_TESTS_COLLECTIONS_COLLECTIONTESTSUPPORT_H
 
 #include <halvane/collections/HVArray.h>
+#include <halvane/core/HVRetainedObject.h>
 #include <halvane/errors/HVError.h>
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -27,6 +28,19 @@ inline HVData bytes(const std::string& text) { return HVData::DataWithBytesOfLen
 inline std::string text(const HVString& string) { return std::string(string); }
 
 inline std::string failureReason(const HVError& error) { return text(error.LocalizedFailureReason()); }
+
+// A retained object that records its deletion in a flag that outlives it.
+class Carried : public HVRetainedObject {
+public:
+    explicit Carried(bool* deleted = nullptr) : deleted_(deleted) {}
+    ~Carried() override {
+        if (deleted_ != nullptr) *deleted_ = true;
+    }
+    void SubclassSlot() override {}
+
+private:
+    bool* deleted_;
+};
 
 // Checks one assertion line of a typed accessor word for word around the
 // error's own description: "Failed Assert! (condition) - <error>
