@@ -91,6 +91,11 @@ TEST(CollectionText, StringsThatBeginWithTheTagPrefix) {
     EXPECT_EQ(text(read.StringAtIndex(1)), "HVAC unit");
     EXPECT_EQ(text(read.StringAtIndex(2)), "q");
 
+    // A date is made whatever its text: unreadable text is the empty date.
+    HVArray dated;
+    dated.Deserialize(arrayOf({HVString("HVDate rush")}).Serialize());
+    EXPECT_EQ(dated.DateAtIndex(0).Ref(), HVDate::SharedEmptyObject());
+
     HVMutableDictionary dictionary;
     dictionary.SetStringForKey("HVBool:YES", "flag");
     HVDictionary readDictionary;
