@@ -30,16 +30,13 @@ inline std::string text(const HVString& string) { return std::string(string); }
 inline std::string failureReason(const HVError& error) { return text(error.LocalizedFailureReason()); }
 
 // A retained object that records its deletion in a flag that outlives it.
-class Carried : public HVRetainedObject {
-public:
-    explicit Carried(bool* deleted = nullptr) : deleted_(deleted) {}
+struct Carried : HVRetainedObject {
+    explicit Carried(bool* deletedFlag = nullptr) : deleted(deletedFlag) {}
     ~Carried() override {
-        if (deleted_ != nullptr) *deleted_ = true;
+        if (deleted != nullptr) *deleted = true;
     }
     void SubclassSlot() override {}
-
-private:
-    bool* deleted_;
+    bool* deleted;
 };
 
 // Checks one assertion line of a typed accessor word for word around the

@@ -1,6 +1,6 @@
 // The text forms of arrays and dictionaries: XML property-list text, tagged
 // text for what a property list cannot hold, and round trips of nested
-// collections, dates, boxed values, geometry and retained objects.
+// collections.
 #include <halvane/collections/HVDictionary.h>
 #include <halvane/core/HVNull.h>
 #include <halvane/errors/HVError.h>
@@ -127,100 +127,48 @@ TEST(CollectionText, EmptyAndUnreadableTexts) {
     EXPECT_FALSE(log.messages().empty());
 }
 
-namespace {
-
-const double kJanuary15Noon = 727012800.0;  // 2024-01-15 12:00:00 GMT
-
-HVValue boxed(double number) { return HVValue::ValueWithBytesOfCType(&number, "double"); }
-
-}  // namespace
-
-TEST(CollectionText, DatesValuesAndGeometryInAPlainDocument) {
-    // A value's container is an array a property list holds as it is.
+TEST(CollectionText, DatesValuesAndGeometryRoundTrip) {
+    double half = 2.5;
+    HVValue value = HVValue::ValueWithBytesOfCType(&half, "double");
     HVMutableArray array;
-    array.AddDate(HVDate::DateWithTimeIntervalSinceReferenceDate(kJanuary15Noon));
-    array.AddValue(boxed(2.5));
+    array.AddDate(HVDate::DateWithTimeIntervalSinceReferenceDate(727012800.0));
+    array.AddValue(value);
     array.AddPoint(HVPoint(1, 2));
     array.AddRect(HVRect(1, 2, 3, 4));
-    std::string written = text(array.Serialize());
-    EXPECT_NE(written.find("<array>\n"
-                           "\t<date>2024-01-15T12:00:00Z</date>\n"
-                           "\t<array>\n"
-                           "\t\t<string>HVValue_Container_AX7</string>\n"
-                           "\t\t<string>double</string>\n"
-                           "\t\t<real>2.5</real>\n"
-                           "\t</array>\n"
-                           "\t<string>{1,2}</string>\n"
-                           "\t<string>{{1,2},{3,4}}</string>\n"
-                           "</array>\n"),
-              std::string::npos)
-        << written;
-
     HVArray read;
-    read.Deserialize(HVString(written));
+    read.Deserialize(array.Serialize());
     EXPECT_TRUE(read == array);
-    EXPECT_EQ(read.DateAtIndex(0).TimeIntervalSinceReferenceDate(), kJanuary15Noon);
-    EXPECT_TRUE(read.ValueAtIndex(1) == boxed(2.5));
-    EXPECT_TRUE(read.PointAtIndex(2) == HVPoint(1, 2));
+    EXPECT_EQ(read.ClassTypeOfObjectAtIndex(1), HVValueClassType);
     EXPECT_TRUE(read.RectAtIndex(3) == HVRect(1, 2, 3, 4));
-}
 
-TEST(CollectionText, ValuesTravelAsTaggedTextBesideForeignElements) {
+    // Beside an element the writer refuses, a value travels as tagged text.
     hvtest::LogCapture log;
-    HVMutableArray array;
-    array.AddValue(boxed(2.5));
     array.AddObject(HVNull());
-    array.AddDate(HVDate::DateWithTimeIntervalSinceReferenceDate(kJanuary15Noon));
-    array.AddSize(HVSize(3, 4));
     std::string written = text(array.Serialize());
-    EXPECT_NE(written.find("<array>\n"
-                           "\t<string>HVValue:&lt;array&gt;\n"
+    EXPECT_NE(written.find("\t<date>2024-01-15T12:00:00Z</date>\n\t<string>HVValue:&lt;array&gt;\n"
                            "\t&lt;string&gt;HVValue_Container_AX7&lt;/string&gt;\n"
-                           "\t&lt;string&gt;double&lt;/string&gt;\n"
-                           "\t&lt;real&gt;2.5&lt;/real&gt;\n"
-                           "&lt;/array&gt;</string>\n"
-                           "\t<string>HVNull:&lt;null&gt;</string>\n"
-                           "\t<date>2024-01-15T12:00:00Z</date>\n"
-                           "\t<string>{3,4}</string>\n"
-                           "</array>\n"),
+                           "\t&lt;string&gt;double&lt;/string&gt;\n\t&lt;real&gt;2.5&lt;/real&gt;\n"
+                           "&lt;/array&gt;</string>\n"),
               std::string::npos)
         << written;
-
-    HVArray read;
     read.Deserialize(HVString(written));
-    ASSERT_EQ(read.Count(), 4u);
-    EXPECT_EQ(read.ClassTypeOfObjectAtIndex(0), HVValueClassType);
-    EXPECT_EQ(std::string(read.ValueAtIndex(0).CType()), "double");
-    EXPECT_EQ(read.ObjectAtIndex(1).Ref(), kCFNull);
     EXPECT_TRUE(read == array);
-}
 
-TEST(CollectionText, DictionariesOfDatesValuesGeometryAndRetainedObjects) {
-    hvtest::LogCapture log;
-    auto* object = new hvtest::Carried;
     HVMutableDictionary dictionary;
-    dictionary.SetDateForKey(HVDate::DateWithTimeIntervalSinceReferenceDate(kJanuary15Noon), "date");
-    dictionary.SetValueForKey(boxed(-1), "value");
-    dictionary.SetPointForKey(HVPoint(5, 6), "point");
-    dictionary.SetRectForKey(HVRect(1, 2, 3, 4), "rect");
+    dictionary.SetValueForKey(value, "value");
+    dictionary.SetDateForKey(HVDate::DateWithTimeIntervalSinceReferenceDate(-1e9), "date");
+    dictionary.SetSizeForKey(HVSize(5, 6), "size");
     dictionary.SetObjectForKey(HVNull(), "null");
-
-    HVDictionary read;
-    read.Deserialize(dictionary.Serialize());
-    EXPECT_TRUE(read == dictionary);
-    EXPECT_EQ(read.DateForKey("date").TimeIntervalSinceReferenceDate(), kJanuary15Noon);
-    EXPECT_TRUE(read.ValueForKey("value") == boxed(-1));
-    EXPECT_TRUE(read.PointForKey("point") == HVPoint(5, 6));
-    EXPECT_TRUE(read.RectForKey("rect") == HVRect(1, 2, 3, 4));
+    HVDictionary readDictionary;
+    readDictionary.Deserialize(dictionary.Serialize());
+    EXPECT_TRUE(readDictionary == dictionary);
 
     // A retained object is written as its description and, naming a class
     // without a wrapper, comes back as that string.
+    auto* object = new hvtest::Carried;
     dictionary.SetRetainedObjectForKey(object, "object");
     HVRetainedObject::Release(object);
-    HVDictionary withObject;
-    withObject.Deserialize(dictionary.Serialize());
-    EXPECT_EQ(withObject.Count(), 6u);
-    EXPECT_EQ(text(withObject.StringForKey("object")).rfind("HVRetainedObject:<HVRetainedObject 0x", 0), 0u)
-        << text(withObject.StringForKey("object"));
-    EXPECT_TRUE(withObject.ValueForKey("value") == boxed(-1));
+    readDictionary.Deserialize(dictionary.Serialize());
+    EXPECT_EQ(text(readDictionary.StringForKey("object")).rfind("HVRetainedObject:<HVRetainedObject 0x", 0), 0u);
+    EXPECT_TRUE(readDictionary.ValueForKey("value") == value);
 }

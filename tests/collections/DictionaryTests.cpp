@@ -1,6 +1,5 @@
-// HVDictionary: the two lookup families and their reports (dates, values,
-// geometry and retained objects included), lenient conversions,
-// property-list parsing, files, enumerators and key lists.
+// HVDictionary: the two lookup families and their reports, lenient
+// conversions, property-list parsing, files, enumerators and key lists.
 #include <halvane/collections/HVDictionary.h>
 #include <halvane/core/HVNull.h>
 #include <halvane/errors/HVError.h>
@@ -137,163 +136,57 @@ TEST(Dictionary, WrongTypesAreReportedByTheRequiredFormOnly) {
                                 "HVDictionary::NumberForExistingKey", "HVDictionary", 1039);
 }
 
-namespace {
+TEST(Dictionary, DatesValuesGeometryAndRetainedObjectsForKeys) {
+    HVDate date = HVDate::DateWithTimeIntervalSinceReferenceDate(727012800.0);
+    auto* object = new hvtest::Carried;
+    HVMutableDictionary dictionary(sample());
+    dictionary.SetDateForKey(date, "date");
+    dictionary.SetStringForKey("{1,2}", "point");
+    dictionary.SetDataForKey(hvtest::bytes("{3,4}"), "bytes");
+    dictionary.SetRetainedObjectForKey(object, "object");
+    HVRetainedObject::Release(object);
 
-const double kJanuary15Noon = 727012800.0;  // 2024-01-15 12:00:00 GMT
-
-// Dates, values, geometry texts and the kinds they are mistaken for.
-HVDictionary typedValues() {
-    HVMutableDictionary entries;
-    entries.SetDateForKey(HVDate::DateWithTimeIntervalSinceReferenceDate(kJanuary15Noon), "date");
-    int five = 5;
-    entries.SetValueForKey(HVValue::ValueWithBytesOfCType(&five, "int"), "value");
-    entries.SetStringForKey("{1,2}", "point");
-    entries.SetStringForKey("{{1,2},{3,4}}", "rect");
-    entries.SetStringForKey("{5,6}", "size");
-    entries.SetStringForKey("", "blank");
-    entries.SetDataForKey(hvtest::bytes("{3,4}"), "bytes");
-    entries.SetNumberForKey(7, "number");
-    entries.SetObjectForKey(HVNull(), "null");
-    return entries.Copy();
-}
-
-const char* const kCondition = "(! error.IsError()) || (error.Code() == HVHalvaneErrors::HVNotFoundError)";
-
-}  // namespace
-
-TEST(Dictionary, DatesAndValuesForKeys) {
-    HVDictionary dictionary = typedValues();
-    hvtest::LogCapture log;
     HVError error;
-    EXPECT_EQ(dictionary.DateForExistingKey("date", error).TimeIntervalSinceReferenceDate(), kJanuary15Noon);
-    EXPECT_EQ(dictionary.DateForKey("date").Ref(), dictionary.ObjectForKey("date").Ref());
-    EXPECT_EQ(dictionary.ValueForExistingKey("value", error).Ref(), dictionary.ObjectForKey("value").Ref());
-    EXPECT_EQ(std::string(dictionary.ValueForKey("value", error).CType()), "int");
-    EXPECT_TRUE(dictionary.DateForExistingKey("null", error).IsNull());
-    EXPECT_EQ(dictionary.ValueForKey("null", error).Ref(), HVValue::SharedEmptyObject());
+    EXPECT_EQ(dictionary.DateForExistingKey("date", error).Ref(), date.Ref());
+    EXPECT_TRUE(dictionary.PointForExistingKey("point", error) == HVPoint(1, 2));
+    EXPECT_TRUE(dictionary.SizeForKey("bytes", error) == HVSize(3, 4));  // data is read as text first
+    EXPECT_EQ(dictionary.RetainedObjectForKey("object", error), object);
+    EXPECT_TRUE(dictionary.ValueForExistingKey("null", error).IsNull());
     EXPECT_FALSE(error.IsError());
 
-    // Missing: null from the required form, the empty object from the
-    // optional one, the not-found error in both.
     EXPECT_TRUE(dictionary.DateForExistingKey("absent", error).IsNull());
     EXPECT_EQ(error.Code(), HVNotFoundError);
-    HVError optional;
-    EXPECT_EQ(dictionary.ValueForKey("absent", optional).Ref(), HVValue::SharedEmptyObject());
-    EXPECT_EQ(optional.Code(), HVNotFoundError);
-    EXPECT_EQ(dictionary.DateForKey("absent").Ref(), HVDate::SharedEmptyObject());
+    EXPECT_EQ(dictionary.ValueForKey("absent").Ref(), HVValue::SharedEmptyObject());
+    // A missing key is a type mismatch for geometry, naming the string class.
+    EXPECT_TRUE(dictionary.RectForKey("absent", error).IsEmpty());
+    EXPECT_EQ(error.Code(), HVTypeMismatchError);
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key absent is a HVString.");
+    EXPECT_TRUE(dictionary.PointForExistingKey("number", error).IsEmpty());
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key number is a HVString.");
+    EXPECT_EQ(dictionary.RetainedObjectForKey("number", error), nullptr);
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key number is a HVNumber.");
 
-    HVError mismatch;
-    EXPECT_TRUE(dictionary.DateForExistingKey("number", mismatch).IsNull());
-    EXPECT_EQ(mismatch.Code(), HVTypeMismatchError);
-    EXPECT_EQ(hvtest::failureReason(mismatch), "Object type with key number is a HVNumber.");
-    EXPECT_EQ(dictionary.ValueForKey("date", mismatch).Ref(), HVValue::SharedEmptyObject());
-    EXPECT_EQ(hvtest::failureReason(mismatch), "Object type with key date is a HVDate.");
-    EXPECT_TRUE(log.messages().empty());
-
-    // Only the required form without an error logs, and not for a
-    // missing key.
-    EXPECT_TRUE(dictionary.DateForExistingKey("absent").IsNull());
+    hvtest::LogCapture log;
     EXPECT_TRUE(dictionary.DateForKey("number").IsEmpty());
-    EXPECT_TRUE(dictionary.DateForExistingKey("number").IsNull());
-    EXPECT_TRUE(dictionary.ValueForExistingKey("date").IsNull());
-    std::vector<std::string> messages = log.messages();
-    ASSERT_EQ(messages.size(), 2u);
-    hvtest::expectAssertionLine(messages[0], kCondition, "Object type with key number is a HVNumber.",
-                                "HVDictionary::DateForExistingKey", "HVDictionary", 853);
-    hvtest::expectAssertionLine(messages[1], kCondition, "Object type with key date is a HVDate.",
-                                "HVDictionary::ValueForExistingKey", "HVDictionary", 1287);
-}
-
-TEST(Dictionary, ValuesOfAKindWithoutAClassAreConverted) {
-    CFTimeZoneRef zone = CFTimeZoneCreateWithTimeIntervalFromGMT(kCFAllocatorDefault, 0);
-    HVDictionary dictionary = HVDictionary::DictionaryWithObjectForKey(HVObject::Create(zone), "zone");
-    CFRelease(zone);
-    hvtest::LogCapture log;
-    HVError error;
-    // A date refuses the foreign object and stays the empty date; a value
-    // shares whatever it is given.
-    EXPECT_EQ(dictionary.DateForExistingKey("zone", error).Ref(), HVDate::SharedEmptyObject());
-    EXPECT_EQ(dictionary.ValueForExistingKey("zone", error).Ref(), dictionary.ObjectForKey("zone").Ref());
-    EXPECT_EQ(dictionary.RetainedObjectForKey("zone", error), nullptr);
-    EXPECT_FALSE(error.IsError());
-}
-
-TEST(Dictionary, GeometryFromStringValues) {
-    HVDictionary dictionary = typedValues();
-    hvtest::LogCapture log;
-    HVError error;
-    HVPoint point = dictionary.PointForExistingKey("point", error);
-    EXPECT_EQ(point.XCoordinate(), 1.0);
-    EXPECT_EQ(point.YCoordinate(), 2.0);
-    EXPECT_TRUE(dictionary.RectForKey("rect", error) == HVRect(1, 2, 3, 4));
-    HVSize size = dictionary.SizeForExistingKey("size", error);
-    EXPECT_EQ(size.Width(), 5.0);
-    EXPECT_EQ(size.Height(), 6.0);
-    // Data is read as text first, as StringForKey does.
-    EXPECT_TRUE(dictionary.PointForKey("bytes", error) == HVPoint(3, 4));
-    EXPECT_FALSE(error.IsError());
-
-    // A missing key, a null value, another kind and an empty string are all
-    // one type mismatch naming the string class.
-    for (const char* key : {"absent", "null", "number", "blank"}) {
-        HVError mismatch;
-        EXPECT_TRUE(dictionary.PointForExistingKey(key, mismatch).IsEmpty()) << key;
-        EXPECT_EQ(mismatch.Code(), HVTypeMismatchError) << key;
-        EXPECT_EQ(hvtest::failureReason(mismatch), "Object type with key " + std::string(key) + " is a HVString.");
-        HVError optional;
-        EXPECT_TRUE(dictionary.RectForKey(key, optional).IsEmpty()) << key;
-        EXPECT_EQ(optional.Code(), HVTypeMismatchError) << key;
-    }
-    EXPECT_TRUE(log.messages().empty());
-
-    // So the required form logs a missing key too; the optional one never.
     EXPECT_TRUE(dictionary.PointForKey("absent").IsEmpty());
-    EXPECT_TRUE(dictionary.SizeForKey("number").IsEmpty());
+    EXPECT_EQ(dictionary.RetainedObjectForKey("number"), nullptr);
+    EXPECT_TRUE(dictionary.DateForExistingKey("absent").IsNull());
+    EXPECT_TRUE(dictionary.ValueForExistingKey("date").IsNull());
     EXPECT_TRUE(dictionary.PointForExistingKey("absent").IsEmpty());
-    EXPECT_TRUE(dictionary.RectForExistingKey("number").IsEmpty());
-    EXPECT_TRUE(dictionary.SizeForExistingKey("blank").IsEmpty());
+    EXPECT_TRUE(dictionary.RectForExistingKey("null").IsEmpty());
     std::vector<std::string> messages = log.messages();
     ASSERT_EQ(messages.size(), 3u);
-    EXPECT_EQ(messages[0],
+    const char* const condition = "(! error.IsError()) || (error.Code() == HVHalvaneErrors::HVNotFoundError)";
+    hvtest::expectAssertionLine(messages[0], condition, "Object type with key date is a HVDate.",
+                                "HVDictionary::ValueForExistingKey", "HVDictionary", 1287);
+    EXPECT_EQ(messages[1],
               "Failed Assert! ((! error.IsError()) || (error.Code() == HVHalvaneErrors::HVNotFoundError)) - Error "
               "Domain=HalvaneDomain Code=20004 \"Object type does not match the object type requested.\" "
               "UserInfo={NSLocalizedFailureReason=Object type with key absent is a HVString., "
               "NSLocalizedDescription=Object type does not match the object type requested.}    "
               "Function:HVDictionary::PointForExistingKey File:HVDictionary Line:1085");
-    hvtest::expectAssertionLine(messages[1], kCondition, "Object type with key number is a HVString.",
+    hvtest::expectAssertionLine(messages[2], condition, "Object type with key null is a HVString.",
                                 "HVDictionary::RectForExistingKey", "HVDictionary", 1121);
-    hvtest::expectAssertionLine(messages[2], kCondition, "Object type with key blank is a HVString.",
-                                "HVDictionary::SizeForExistingKey", "HVDictionary", 1188);
-}
-
-TEST(Dictionary, RetainedObjectsForKeys) {
-    bool deleted = false;
-    auto* object = new hvtest::Carried(&deleted);
-    HVMutableDictionary dictionary(typedValues());
-    dictionary.SetRetainedObjectForKey(object, "carried");
-    object = static_cast<hvtest::Carried*>(HVRetainedObject::Release(object));
-
-    hvtest::LogCapture log;
-    HVError error;
-    HVRetainedObject* carried = dictionary.RetainedObjectForKey("carried", error);
-    ASSERT_NE(carried, nullptr);
-    EXPECT_EQ(carried->Ref(), dictionary.ObjectForKey("carried").Ref());
-    EXPECT_EQ(dictionary.RetainedObjectForKey("carried"), carried);
-    EXPECT_EQ(dictionary.RetainedObjectForKey("null", error), nullptr);
-    EXPECT_FALSE(error.IsError());
-
-    EXPECT_EQ(dictionary.RetainedObjectForKey("absent", error), nullptr);
-    EXPECT_EQ(error.Code(), HVNotFoundError);
-    HVError mismatch;
-    EXPECT_EQ(dictionary.RetainedObjectForKey("number", mismatch), nullptr);
-    EXPECT_EQ(mismatch.Code(), HVTypeMismatchError);
-    EXPECT_EQ(hvtest::failureReason(mismatch), "Object type with key number is a HVNumber.");
-    EXPECT_EQ(dictionary.RetainedObjectForKey("number"), nullptr);
-    EXPECT_TRUE(log.messages().empty());
-
-    EXPECT_FALSE(deleted);
-    dictionary.RemoveObjectForKey("carried");
-    EXPECT_TRUE(deleted);
 }
 
 TEST(Dictionary, LenientConversions) {
