@@ -24,9 +24,16 @@ HV_ARRAY_TYPED_ACCESSOR(HVMutableArray, MutableArrayAtIndex, kMutableArrayAtInde
 HV_ARRAY_TYPED_ACCESSOR(HVBool, BoolAtIndex, kBoolAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVData, DataAtIndex, kDataAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVMutableData, MutableDataAtIndex, kMutableDataAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVDate, DateAtIndex, kDateAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVDictionary, DictionaryAtIndex, kDictionaryAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVMutableDictionary, MutableDictionaryAtIndex, kMutableDictionaryAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVNumber, NumberAtIndex, kNumberAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVPoint, PointAtIndex, kPointAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVRect, RectAtIndex, kRectAtIndex)
+// A pointer: null for an element that carries no retained object.
+HV_ARRAY_TYPED_ACCESSOR(HVRetainedObject*, RetainedObjectAtIndex, kRetainedObjectAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVSize, SizeAtIndex, kSizeAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVString, StringAtIndex, kStringAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVValue, ValueAtIndex, kValueAtIndex)
 
 #undef HV_ARRAY_TYPED_ACCESSOR

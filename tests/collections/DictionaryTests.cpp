@@ -137,6 +137,59 @@ TEST(Dictionary, WrongTypesAreReportedByTheRequiredFormOnly) {
                                 "HVDictionary::NumberForExistingKey", "HVDictionary", 1039);
 }
 
+TEST(Dictionary, DatesValuesGeometryAndRetainedObjectsForKeys) {
+    HVDate date = HVDate::DateWithTimeIntervalSinceReferenceDate(727012800.0);
+    auto* object = new hvtest::Carried;
+    HVMutableDictionary dictionary(sample());
+    dictionary.SetDateForKey(date, "date");
+    dictionary.SetStringForKey("{1,2}", "point");
+    dictionary.SetDataForKey(hvtest::bytes("{3,4}"), "bytes");
+    dictionary.SetRetainedObjectForKey(object, "object");
+    HVRetainedObject::Release(object);
+
+    HVError error;
+    EXPECT_EQ(dictionary.DateForExistingKey("date", error).Ref(), date.Ref());
+    EXPECT_TRUE(dictionary.PointForExistingKey("point", error) == HVPoint(1, 2));
+    EXPECT_TRUE(dictionary.SizeForKey("bytes", error) == HVSize(3, 4));  // data is read as text first
+    EXPECT_EQ(dictionary.RetainedObjectForKey("object", error), object);
+    EXPECT_TRUE(dictionary.ValueForExistingKey("null", error).IsNull());
+    EXPECT_FALSE(error.IsError());
+
+    EXPECT_TRUE(dictionary.DateForExistingKey("absent", error).IsNull());
+    EXPECT_EQ(error.Code(), HVNotFoundError);
+    EXPECT_EQ(dictionary.ValueForKey("absent").Ref(), HVValue::SharedEmptyObject());
+    // A missing key is a type mismatch for geometry, naming the string class.
+    EXPECT_TRUE(dictionary.RectForKey("absent", error).IsEmpty());
+    EXPECT_EQ(error.Code(), HVTypeMismatchError);
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key absent is a HVString.");
+    EXPECT_TRUE(dictionary.PointForExistingKey("number", error).IsEmpty());
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key number is a HVString.");
+    EXPECT_EQ(dictionary.RetainedObjectForKey("number", error), nullptr);
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key number is a HVNumber.");
+
+    hvtest::LogCapture log;
+    EXPECT_TRUE(dictionary.DateForKey("number").IsEmpty());
+    EXPECT_TRUE(dictionary.PointForKey("absent").IsEmpty());
+    EXPECT_EQ(dictionary.RetainedObjectForKey("number"), nullptr);
+    EXPECT_TRUE(dictionary.DateForExistingKey("absent").IsNull());
+    EXPECT_TRUE(dictionary.ValueForExistingKey("date").IsNull());
+    EXPECT_TRUE(dictionary.PointForExistingKey("absent").IsEmpty());
+    EXPECT_TRUE(dictionary.RectForExistingKey("null").IsEmpty());
+    std::vector<std::string> messages = log.messages();
+    ASSERT_EQ(messages.size(), 3u);
+    const char* const condition = "(! error.IsError()) || (error.Code() == HVHalvaneErrors::HVNotFoundError)";
+    hvtest::expectAssertionLine(messages[0], condition, "Object type with key date is a HVDate.",
+                                "HVDictionary::ValueForExistingKey", "HVDictionary", 1287);
+    EXPECT_EQ(messages[1],
+              "Failed Assert! ((! error.IsError()) || (error.Code() == HVHalvaneErrors::HVNotFoundError)) - Error "
+              "Domain=HalvaneDomain Code=20004 \"Object type does not match the object type requested.\" "
+              "UserInfo={NSLocalizedFailureReason=Object type with key absent is a HVString., "
+              "NSLocalizedDescription=Object type does not match the object type requested.}    "
+              "Function:HVDictionary::PointForExistingKey File:HVDictionary Line:1085");
+    hvtest::expectAssertionLine(messages[2], condition, "Object type with key null is a HVString.",
+                                "HVDictionary::RectForExistingKey", "HVDictionary", 1121);
+}
+
 TEST(Dictionary, LenientConversions) {
     HVDictionary dictionary = sample();
     HVError error;

@@ -2,7 +2,7 @@
 // accessor is one rule of TypedAccessRules.h (the element class types it
 // accepts, how each is converted, and the function name and line that its
 // assertion reports); the templates here apply a rule the same way for every
-// accessor, so the forty-odd members differ only in their rule.
+// accessor, so the members of every family differ only in their rule.
 #ifndef HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
 #define HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
 
@@ -54,6 +54,13 @@ constexpr AccessRule<Result, 1 + sizeof...(More)> Rule(const char* function, int
     return {function, line, {first, more...}};
 }
 
+// A rule for an accessor that has no form which logs: it names no function
+// and no line.
+template <typename Result, typename... More>
+constexpr AccessRule<Result, 1 + sizeof...(More)> QuietRule(Conversion<Result> first, More... more) {
+    return {nullptr, 0, {first, more...}};
+}
+
 // Where a failure goes: the caller's error, an assertion line (the forms
 // without an error argument), or nowhere (the forms that never report).
 // The error is made only when there is a failure to report, so a lookup
@@ -89,9 +96,12 @@ void ReportDictionaryMismatchUnlessMissing(const HVError& error, const char* fun
 // The values a result starts from and falls back to.
 template <typename Result>
 struct ResultTraits {
-    // An object of the type that holds no reference.
+    // An object of the type that holds no reference; for the plain
+    // geometry values, which hold none, their zero value.
     static Result Null() {
-        if constexpr (std::is_constructible_v<Result, const void* const&>) {
+        if constexpr (!std::is_base_of_v<HVObject, Result>) {
+            return Result();
+        } else if constexpr (std::is_constructible_v<Result, const void* const&>) {
             const void* none = nullptr;
             return Result(none);
         } else {
