@@ -2,6 +2,9 @@
 
 #include <halvane/errors/detail/LogLine.h>
 #include <halvane/text/HVString.h>
+#include <halvane/time/HVDate.h>
+#include <halvane/time/HVTimeZone.h>
+#include <halvane/time/detail/DateText.h>
 
 #include <halvane/os/DebugOutput.h>
 #include <halvane/os/File.h>
@@ -11,7 +14,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <mutex>
 #include <string>
 #include <unistd.h>
@@ -83,13 +85,9 @@ bool appendToLogFile(const std::string& path, const std::string& bytes) {
 }  // namespace
 
 HVString LogTimeStamp() {
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    std::tm local{};
-    localtime_r(&now.tv_sec, &local);
-    return HVString::StringWithFormat("%02d-%02d-%04d %02d:%02d:%02d.%03d", local.tm_mon + 1, local.tm_mday,
-                                      local.tm_year + 1900, local.tm_hour, local.tm_min, local.tm_sec,
-                                      int(now.tv_nsec / 1000000));
+    // The date class's own text, which is what the library's formatters
+    // print for this pattern.
+    return halvane::detail::DateTimeText(HVDate::Now(), HVTimeZone::CurrentTimeZone());
 }
 
 HVString LogLine(const HVString& message) {
