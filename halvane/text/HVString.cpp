@@ -7,6 +7,9 @@
 #include <halvane/errors/HVLog.h>
 #include <halvane/text/detail/TextConversion.h>
 #include <halvane/text/detail/UnicodeText.h>
+#include <halvane/time/HVDate.h>
+#include <halvane/time/HVTimeZone.h>
+#include <halvane/time/detail/DateText.h>
 #include <halvane/os/UUID.h>
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -89,6 +92,9 @@ HVString::HVString(const HVObject& object) : HVString() {
         // Stays the empty string.
     } else if (held == HVDataClassType || held == HVMutableDataClassType) {
         InitWithDataUsingEncoding(HVData(object), HVUTF8StringEncoding);
+    } else if (held == HVDateClassType) {
+        // The default date formatter's text: the day in the machine's zone.
+        InitWithString(halvane::detail::DateText(HVDate(object), HVTimeZone::CurrentTimeZone()));
     } else if (held == HVObjectClassType) {
         HVObject::operator=(object);
     } else {

@@ -13,6 +13,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <string>
 
 namespace {
@@ -250,4 +251,21 @@ TEST(DateText, MidnightInGMTWhenTheMachineKeepsGMT) {
     read.Deserialize("01-01-2001");
     EXPECT_EQ(read.TimeIntervalSinceReferenceDate(), 0.0);
     EXPECT_FALSE(read.IsEmpty());
+}
+
+// A string made from a date is the default formatter's day text, in the
+// machine's zone.
+TEST(Date, StringsFromDatesAreTheDayInTheMachinesZone) {
+    std::unique_ptr<icu::TimeZone> saved(icu::TimeZone::createDefault());
+    icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone("America/New_York"));
+    // 2024-07-15 02:00:00 GMT is the evening of the 14th in New York.
+    HVDate date = at(742701600.0);
+    EXPECT_EQ(std::string(HVString(HVObject::Create(date.Ref()))), "07-14-2024");
+    EXPECT_EQ(std::string(HVString(static_cast<const HVObject&>(date))), "07-14-2024");
+    icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone("Europe/Berlin"));
+    EXPECT_EQ(std::string(HVString(static_cast<const HVObject&>(date))), "07-15-2024");
+    icu::TimeZone::setDefault(*saved);
+    // The empty date gives the empty string, a null one the null string.
+    EXPECT_TRUE(HVString(static_cast<const HVObject&>(HVDate())).IsEmpty());
+    EXPECT_TRUE(HVString(static_cast<const HVObject&>(nullDate())).IsNull());
 }

@@ -146,14 +146,27 @@ bool readDateTime(std::string_view text, DateFields& fields) {
 
 }  // namespace
 
+namespace {
+
+std::string dayText(const DateFields& fields) {
+    return padded(fields.month, 2) + "-" + padded(fields.day, 2) + "-" + padded(fields.year, 4);
+}
+
+}  // namespace
+
+HVString DateText(const HVDate& date, const HVTimeZone& zone) {
+    DateFields fields;
+    if (date.IsEmpty() || !splitDate(date, zone, fields)) return HVString();
+    return HVString(dayText(fields).c_str());
+}
+
 HVString DateTimeText(const HVDate& date, const HVTimeZone& zone) {
     DateFields fields;
     if (date.IsEmpty() || !splitDate(date, zone, fields)) return HVString();
     std::string fraction = std::to_string(fields.nanosecond);
     fraction.resize(3, '0');
-    std::string text = padded(fields.month, 2) + "-" + padded(fields.day, 2) + "-" + padded(fields.year, 4) + " " +
-                       padded(fields.hour, 2) + ":" + padded(fields.minute, 2) + ":" + padded(fields.second, 2) + "." +
-                       fraction;
+    std::string text = dayText(fields) + " " + padded(fields.hour, 2) + ":" + padded(fields.minute, 2) + ":" +
+                       padded(fields.second, 2) + "." + fraction;
     return HVString(text.c_str());
 }
 

@@ -17,6 +17,10 @@ class HVTimeZone;
 
 namespace halvane::detail {
 
+// "MM-dd-yyyy" of the date in the zone, the text of the default date
+// formatter; the empty string for an empty date.
+HVString DateText(const HVDate& date, const HVTimeZone& zone);
+
 // "MM-dd-yyyy HH:mm:ss.SSS" of the date in the zone; the empty string for
 // an empty date. The fraction is written as the formatters write it: the
 // nanoseconds (milliseconds x 1000000) printed in full, padded on the right
