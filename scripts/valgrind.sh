@@ -9,8 +9,10 @@ build="$root/build/valgrind"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DHALVANE_BUILD_TESTS=ON \
     -DHALVANE_BUILD_EXAMPLES=OFF >/dev/null
 cmake --build "$build"
-status=0
-while IFS= read -r executable; do
+# One test executable under memcheck; prints its verdict, and the end of its
+# log when it fails.
+check() {
+    local executable=$1 log
     log="$build/$(basename "$executable").valgrind.log"
     if valgrind --quiet --leak-check=full --show-leak-kinds=definite,indirect \
         --errors-for-leak-kinds=definite,indirect --error-exitcode=99 \
@@ -19,7 +21,13 @@ while IFS= read -r executable; do
     else
         echo "valgrind: $(basename "$executable") FAILED (see $log)"
         tail -n 40 "$log"
-        status=1
+        return 1
     fi
-done < <(find "$build/tests" -maxdepth 2 -type f -name '*_tests' -perm -u+x | sort)
-exit $status
+}
+export -f check
+export build
+
+# The executables run side by side, one per processor: memcheck runs a
+# program on one thread, so this is what keeps CI within its time.
+find "$build/tests" -maxdepth 2 -type f -name '*_tests' -perm -u+x | sort |
+    xargs -P "$(nproc)" -I{} bash -c 'check "$1"' _ {}
