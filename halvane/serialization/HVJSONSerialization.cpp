@@ -89,9 +89,8 @@ HVObject objectAdopting(CFTypeRef ref) {
 }  // namespace
 
 HVObject HVJSONSerialization::ObjectWithJSONData(const HVData& data, HVError& error) {
-    HVString text = HVString::StringWithDataUsingEncoding(data, HVUTF8StringEncoding);
     std::string storage;
-    std::string_view bytes = halvane::detail::UTF8TextOfString(static_cast<CFStringRef>(text.Ref()), storage);
+    std::string_view bytes = halvane::detail::UTF8TextOfData(data, storage);
     Json::Value root;
     if (!parseJSON(bytes.data(), bytes.data() + bytes.size(), root)) {
         error = decodingError("Json::Reader failed to parse the supplied JSON data.");

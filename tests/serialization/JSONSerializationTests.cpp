@@ -191,6 +191,10 @@ TEST(JSONSerialization, StringsKeepTheirUnits) {
     EXPECT_TRUE(same(strings.ObjectAtIndex(2), units(u"\ufeffx")));
     EXPECT_TRUE(same(strings.ObjectAtIndex(3), units(u"\U0001F600")));
     EXPECT_TRUE(same(strings.ObjectAtIndex(4), HVString("tab\there")));
+    // Text that is not well-formed UTF-8 reads as the platform reads it: a
+    // stray 0xA9 byte is taken as U+FFFD.
+    EXPECT_TRUE(same(HVArray(decode("[\"a\xA9" "\"]", error)).ObjectAtIndex(0), units(u"a\ufffd")));
+    EXPECT_FALSE(error.IsError());
 
     // An unpaired surrogate is written as U+FFFD; a NUL unit is kept.
     HVMutableArray written;

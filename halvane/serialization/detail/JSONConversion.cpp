@@ -1,12 +1,16 @@
 #include <halvane/serialization/detail/JSONConversion.h>
 
 #include <halvane/collections/HVArray.h>
+#include <halvane/collections/HVData.h>
 #include <halvane/core/HVObject.h>
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
 
+#include <climits>
 #include <cstdint>
+#include <cstring>
+#include <unordered_map>
 #include <vector>
 
 namespace halvane::detail {
@@ -15,6 +19,8 @@ namespace {
 
 // jsoncpp leaves strings and member names of 2^30 bytes or more undefined.
 constexpr size_t kJSONLongestString = (size_t(1) << 30) - 1;
+
+const char* const kNotConverted = "Could not convert object to JSON object for encoding.";
 
 // Text to units
 
@@ -92,7 +98,10 @@ class Decoder {
 public:
     const char* failureReason = nullptr;
 
-    ~Decoder() { releaseFrom(0, 0); }
+    ~Decoder() {
+        releaseFrom(0, 0);
+        for (const auto& entry : names_) CFRelease(entry.second);
+    }
 
     CFTypeRef decode(const Json::Value& value, unsigned depth) {
         switch (value.type()) {
@@ -133,6 +142,21 @@ private:
     // container works on the end of these stacks and takes its part away.
     std::vector<const void*> values_;
     std::vector<const void*> keys_;
+    // Member names repeat from object to object: each distinct name becomes
+    // one string, shared by every dictionary that has it. The views point
+    // into the jsoncpp value, which outlives the decoder. A document of
+    // mostly distinct names stops adding to the table.
+    static constexpr size_t kNamesKept = 4096;
+    std::unordered_map<std::string_view, CFStringRef> names_;
+
+    CFStringRef createName(const char* begin, const char* end) {
+        std::string_view name(begin, size_t(end - begin));
+        auto found = names_.find(name);
+        if (found != names_.end()) return static_cast<CFStringRef>(CFRetain(found->second));
+        CFStringRef string = createString(begin, end);
+        if (names_.size() < kNamesKept) names_.emplace(name, static_cast<CFStringRef>(CFRetain(string)));
+        return string;
+    }
 
     void releaseFrom(size_t valueMark, size_t keyMark) {
         for (size_t i = valueMark; i < values_.size(); ++i) CFRelease(values_[i]);
@@ -179,7 +203,7 @@ private:
             values_.push_back(object);
             const char* nameEnd = nullptr;
             const char* name = member.memberName(&nameEnd);
-            keys_.push_back(createString(name, nameEnd));
+            keys_.push_back(createName(name, nameEnd));
         }
         CFDictionaryRef dictionary =
             CFDictionaryCreate(kCFAllocatorDefault, keys_.data() + keyMark, values_.data() + valueMark,
@@ -225,8 +249,12 @@ public:
             }
             case HVStringClassType: {
                 std::string_view text = UTF8TextOfString(static_cast<CFStringRef>(ref), text_);
-                if (text.size() > kJSONLongestString) return refuse("Could not convert object to JSON object for encoding.");
-                out = Json::Value(text.data(), text.data() + text.size());
+                if (text.size() > kJSONLongestString) return refuse(kNotConverted);
+                if (isInPlace(text)) {
+                    out = Json::Value(Json::StaticString(text.data()));
+                } else {
+                    out = Json::Value(text.data(), text.data() + text.size());
+                }
                 return true;
             }
             case HVArrayClassType:
@@ -247,6 +275,14 @@ private:
     std::vector<const void*> members_;
     std::string text_;
 
+    // Text that the platform keeps as terminated ASCII without NUL goes
+    // into the value in place (jsoncpp's static strings) rather than copied:
+    // the objects outlive the value, which is written before the call
+    // returns.
+    bool isInPlace(std::string_view text) const {
+        return text.data() != text_.data() && std::memchr(text.data(), 0, text.size()) == nullptr;
+    }
+
     // Each refused object sets the error; the walks go on, so the error
     // names the last object refused.
     bool refuse(const HVString& reason) {
@@ -266,9 +302,10 @@ private:
         members_.resize(mark + size_t(count));
         if (count > 0) CFArrayGetValues(array, CFRangeMake(0, count), members_.data() + mark);
         for (CFIndex i = 0; i < count; ++i) {
-            Json::Value element;
-            // An element left as the marker is not written.
-            if (encodeElement(members_[mark + size_t(i)], element, depth)) out.append(std::move(element));
+            // Converted in place; an element left as the marker is taken out.
+            if (!encodeElement(members_[mark + size_t(i)], out.append(Json::Value()), depth)) {
+                out.resize(out.size() - 1);
+            }
         }
         members_.resize(mark);
         return true;
@@ -291,15 +328,21 @@ private:
                 reportKeyOfAnotherKind(members_.data() + mark, count, i);
                 break;
             }
-            if (CFStringGetLength(static_cast<CFStringRef>(key)) == 0) break;
-            Json::Value member;
-            if (!encodeElement(members_[mark + count + i], member, depth)) continue;  // left out
-            std::string_view name = UTF8TextOfString(static_cast<CFStringRef>(key), text_);
-            if (name.size() > kJSONLongestString) {
-                refuse("Could not convert object to JSON object for encoding.");
+            auto name = static_cast<CFStringRef>(key);
+            if (CFStringGetLength(name) == 0) break;
+            std::string_view text = UTF8TextOfString(name, text_);
+            if (text.size() > kJSONLongestString) {
+                refuse(kNotConverted);
                 continue;
             }
-            *out.demand(name.data(), name.data() + name.size()) = std::move(member);
+            Json::Value& member = isInPlace(text) ? out[Json::StaticString(text.data())]
+                                                  : *out.demand(text.data(), text.data() + text.size());
+            // Converted in place; a member left as the marker is taken out.
+            if (!encodeElement(members_[mark + count + i], member, depth)) {
+                text = UTF8TextOfString(name, text_);
+                Json::Value removed;
+                out.removeMember(text.data(), text.data() + text.size(), &removed);
+            }
         }
         members_.resize(mark);
         return true;
@@ -314,12 +357,16 @@ private:
     }
 };
 
+// UTF-8 of UTF-16 units, written into room made once (at most three bytes
+// a unit). An unpaired surrogate becomes U+FFFD.
 void appendUTF8(std::string& text, const UniChar* units, size_t length) {
-    text.reserve(text.size() + length * 3);
+    const size_t start = text.size();
+    text.resize(start + 3 * length);
+    char* out = text.data() + start;
     for (size_t i = 0; i < length; ++i) {
         char32_t c = units[i];
         if (c < 0x80) {
-            text.push_back(char(c));
+            *out++ = char(c);
             continue;
         }
         if (c >= 0xD800 && c <= 0xDFFF) {
@@ -331,17 +378,60 @@ void appendUTF8(std::string& text, const UniChar* units, size_t length) {
             }
         }
         if (c < 0x800) {
-            text.push_back(char(0xC0 | (c >> 6)));
+            *out++ = char(0xC0 | (c >> 6));
         } else if (c < 0x10000) {
-            text.push_back(char(0xE0 | (c >> 12)));
-            text.push_back(char(0x80 | ((c >> 6) & 0x3F)));
+            *out++ = char(0xE0 | (c >> 12));
+            *out++ = char(0x80 | ((c >> 6) & 0x3F));
         } else {
-            text.push_back(char(0xF0 | (c >> 18)));
-            text.push_back(char(0x80 | ((c >> 12) & 0x3F)));
-            text.push_back(char(0x80 | ((c >> 6) & 0x3F)));
+            *out++ = char(0xF0 | (c >> 18));
+            *out++ = char(0x80 | ((c >> 12) & 0x3F));
+            *out++ = char(0x80 | ((c >> 6) & 0x3F));
         }
-        text.push_back(char(0x80 | (c & 0x3F)));
+        *out++ = char(0x80 | (c & 0x3F));
     }
+    text.resize(size_t(out - text.data()));
+}
+
+// Well-formed UTF-8 as the platform reads it: no overlong forms, no
+// surrogates, nothing above U+10FFFF.
+bool isWellFormedUTF8(const unsigned char* bytes, size_t length) {
+    size_t i = 0;
+    while (i < length) {
+        if (i + 8 <= length) {
+            uint64_t word;
+            std::memcpy(&word, bytes + i, 8);
+            if ((word & 0x8080808080808080ull) == 0) {
+                i += 8;
+                continue;
+            }
+        }
+        const unsigned char lead = bytes[i];
+        if (lead < 0x80) {
+            ++i;
+            continue;
+        }
+        size_t need = 0;
+        unsigned char low = 0x80, high = 0xBF;  // range of the first continuation byte
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            need = 1;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            need = 2;
+            if (lead == 0xE0) low = 0xA0;
+            if (lead == 0xED) high = 0x9F;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            need = 3;
+            if (lead == 0xF0) low = 0x90;
+            if (lead == 0xF4) high = 0x8F;
+        } else {
+            return false;
+        }
+        if (length - i <= need || bytes[i + 1] < low || bytes[i + 1] > high) return false;
+        for (size_t k = 2; k <= need; ++k) {
+            if ((bytes[i + k] & 0xC0) != 0x80) return false;
+        }
+        i += need + 1;
+    }
+    return true;
 }
 
 }  // namespace
@@ -378,6 +468,23 @@ JSONEncoding EncodeJSONValue(const HVObject& object, Json::Value& root) {
     result.converted = encoder.encode(ref, type, root, 0);
     result.failureReason = encoder.failureReason;
     return result;
+}
+
+std::string_view UTF8TextOfData(const HVData& data, std::string& storage) {
+    auto bytes = static_cast<const unsigned char*>(data.Bytes());
+    size_t length = bytes != nullptr ? size_t(data.Length()) : 0;
+    // Trailing terminators go, as when the text is read.
+    while (length > 0 && bytes[length - 1] == 0) --length;
+    // Well-formed UTF-8 reads as text and back as the very same bytes, so
+    // those are used as they are; anything else goes the long way, so that
+    // whatever the platform makes of it is what is parsed.
+    if (length <= size_t(INT32_MAX) && isWellFormedUTF8(bytes, length)) {
+        return std::string_view(reinterpret_cast<const char*>(bytes), length);
+    }
+    HVString text = HVString::StringWithDataUsingEncoding(data, HVUTF8StringEncoding);
+    std::string_view converted = UTF8TextOfString(static_cast<CFStringRef>(text.Ref()), storage);
+    if (converted.data() != storage.data()) storage.assign(converted);
+    return storage;
 }
 
 std::string_view UTF8TextOfString(CFStringRef string, std::string& storage) {

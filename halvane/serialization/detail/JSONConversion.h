@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+class HVData;
 class HVObject;
 
 namespace halvane::detail {
@@ -49,6 +50,12 @@ struct JSONEncoding {
 
 // Encodes object into root (which must be null on entry).
 JSONEncoding EncodeJSONValue(const HVObject& object, Json::Value& root);
+
+// The UTF-8 text that the data holds, read as HVString's
+// StringWithDataUsingEncoding reads it: trailing NUL bytes dropped, and no
+// text at all when the bytes are not UTF-8. A view of the data's own bytes
+// when they are well-formed UTF-8, otherwise of storage.
+std::string_view UTF8TextOfData(const HVData& data, std::string& storage);
 
 // The UTF-8 text of a string: a view of the platform's own bytes when it
 // keeps them as ASCII, otherwise of storage, which receives the converted
