@@ -225,7 +225,7 @@ static void BM_QVariantListAppend(benchmark::State& state) {
     for (auto _ : state) {
         QVariantList list;
         for (const QString& string : strings) list.append(string);
-        benchmark::DoNotOptimize(list.constData());
+        benchmark::DoNotOptimize(list);
     }
     state.SetItemsProcessed(state.iterations() * kAppended);
 }
