@@ -6,7 +6,12 @@
 add_library(halvane_build_options INTERFACE)
 target_compile_options(halvane_build_options INTERFACE
     -Wall -Wextra
-    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+    # Exported functions are not replaced at load time, so calls between
+    # them inside a library bind directly and may be inlined instead of
+    # going through the procedure linkage table: the typed accessors are a
+    # chain of such calls.
+    -fno-semantic-interposition)
 
 if(HALVANE_SANITIZE)
     string(REPLACE "," ";" _halvane_sanitizers "${HALVANE_SANITIZE}")
@@ -34,4 +39,10 @@ endif()
 
 function(halvane_target_options target)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:halvane_build_options>)
+    # A shared library calls its own exported functions directly rather than
+    # through the procedure linkage table; nothing replaces them at load time.
+    get_target_property(_type ${target} TYPE)
+    if(_type STREQUAL "SHARED_LIBRARY")
+        target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
+    endif()
 endfunction()

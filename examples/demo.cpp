@@ -1,123 +1,155 @@
-// A tour of what the library can do so far. Each section prints what it
-// built, so the output reads as a short report.
+// A tour of the library: strings, numbers, data, errors and collections,
+// ending with the everyday job of an application: read its settings
+// property list, change it and write it back. Each section prints what it
+// did, so the output reads as a short report.
 #include <halvane/Halvane.h>
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
+
+#ifndef HALVANE_DEMO_SETTINGS
+#define HALVANE_DEMO_SETTINGS "settings.plist"
+#endif
 
 namespace {
 
-// Prints a CoreFoundation string as UTF-8.
-void print(CFStringRef text) {
-    CFIndex length = CFStringGetLength(text);
-    CFIndex size = CFStringGetMaximumSizeForEncoding(length, kCFStringEncodingUTF8) + 1;
-    std::string buffer(size_t(size), '\0');
-    if (CFStringGetCString(text, buffer.data(), size, kCFStringEncodingUTF8)) std::printf("%s\n", buffer.c_str());
-}
+void line(const HVString& text) { std::printf("%s\n", std::string(text).c_str()); }
 
-// printf-style output through CFStringCreateWithFormat, so "%@" shows objects.
-void show(CFStringRef format, ...) {
+// printf-style output; "%@" shows any object.
+void show(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    CFStringRef line = CFStringCreateWithFormatAndArguments(kCFAllocatorDefault, nullptr, format, arguments);
+    line(HVString::StringWithFormatAndArguments(format, arguments));
     va_end(arguments);
-    print(line);
-    CFRelease(line);
 }
+
+void heading(const char* title) { std::printf("\n== %s ==\n", title); }
 
 void strings() {
-    show(CFSTR("== Strings =="));
-    CFStringRef greeting = CFSTR("Grüße, world");
-    show(CFSTR("constant:          %@ (%ld units, immortal: %s)"), greeting, CFStringGetLength(greeting),
-         CFGetRetainCount(greeting) == 0x0FFFFFFFFFFFFFFFL ? "yes" : "no");
+    heading("Strings");
+    HVString title("Grüße aus Köln: the quarterly report");
+    show("text:              %@ (%llu UTF-16 units)", title.Ref(), title.Length());
+    show("upper case:        %@", title.UppercaseString().Ref());
+    HVRange found = title.RangeOfStringWithOptions("KÖLN", HVCaseInsensitiveSearch);
+    show("find \"KÖLN\":       location %llu, length %llu (case folded)", found.Location(), found.Length());
+    HVArray words = title.ComponentsSeparatedByString(" ");
+    show("words:             %llu, the last is \"%@\"", words.Count(), words.StringAtIndex(words.Count() - 1).Ref());
 
-    const UInt8 latin1[] = {'c', 'a', 'f', 0xE9};
-    CFStringRef cafe = CFStringCreateWithBytes(kCFAllocatorDefault, latin1, 4, kCFStringEncodingISOLatin1, false);
-    CFDataRef utf16 = CFStringCreateExternalRepresentation(kCFAllocatorDefault, cafe, kCFStringEncodingUTF16, 0);
-    show(CFSTR("Latin-1 bytes:     %@, as UTF-16 with a byte-order mark: %@"), cafe, utf16);
-    CFRelease(utf16);
+    HVString path("~/Documents/Quarterly Report.txt");
+    show("path:              %@", path.Ref());
+    show("  file name:       %@, extension \"%@\"", path.LastPathComponent().Ref(), path.PathExtension().Ref());
+    show("  folder:          %@", path.StringByDeletingLastPathComponent().Ref());
+    show("  escaped:         %@", path.StringByAddingPercentEscapes().Ref());
 
-    CFStringRef upper = CFSTR("CAFÉ");
-    show(CFSTR("compare:           \"%@\" vs \"%@\": literal %ld, case-insensitive %ld"), cafe, upper,
-         CFStringCompare(cafe, upper, 0), CFStringCompare(cafe, upper, kCFCompareCaseInsensitive));
-    show(CFSTR("numeric order:     file2 vs file10 -> %ld"),
-         CFStringCompare(CFSTR("file2"), CFSTR("file10"), kCFCompareNumerically));
-    show(CFSTR("scanning:          \"  42 apples\" -> %d, \"3.5e2x\" -> %g"), CFStringGetIntValue(CFSTR("  42 apples")),
-         CFStringGetDoubleValue(CFSTR("3.5e2x")));
-    CFRelease(cafe);
+    HVString serialized = title.Serialize();
+    HVString restored;
+    restored.Deserialize(serialized);
+    show("text form:         %@ -> equal after reading back: %s", serialized.Ref(), restored == title ? "yes" : "no");
 }
 
-void numbersAndDates() {
-    show(CFSTR("\n== Numbers, booleans, dates =="));
-    int answer = 42;
-    double pi = 3.14;
-    unsigned long long big = 18446744073709551615ull;
-    CFNumberRef n1 = CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &answer);
-    CFNumberRef n2 = CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &pi);
-    CFNumberRef n3 = CFNumberCreate(kCFAllocatorDefault, kCFNumberUInt64Type, &big);
-    show(CFSTR("numbers:           %@, %@, %@ (unsigned 64-bit kept exactly)"), n1, n2, n3);
-    int truncated = 0;
-    Boolean exact = CFNumberGetValue(n2, kCFNumberIntType, &truncated);
-    show(CFSTR("3.14 as int:       %d (exact: %s)"), truncated, exact ? "yes" : "no");
-    show(CFSTR("booleans:          %@ / %@, null: %@"), kCFBooleanTrue, kCFBooleanFalse, kCFNull);
-    CFDateRef epoch = CFDateCreate(kCFAllocatorDefault, 0);
-    show(CFSTR("reference date:    %@"), epoch);
-    CFRelease(epoch);
-    CFRelease(n1);
-    CFRelease(n2);
-    CFRelease(n3);
+void numbers() {
+    heading("Numbers and booleans");
+    HVNumber answer(42);
+    HVNumber pi(3.25);
+    HVNumber huge(18446744073709551615ull);
+    show("numbers:           %@, %@, %@ (unsigned 64-bit kept exactly)", answer.Ref(), pi.Ref(), huge.Ref());
+    show("pi as an integer:  %d; 42 as a double: %g", pi.IntValue(), answer.DoubleValue());
+    show("from text:         \"  17 apples\" -> %d, \"2.5e3\" -> %g", HVString("  17 apples").IntValue(),
+         HVString("2.5e3").DoubleValue());
+    HVBool yes = HVBool::BoolFromObject(HVString("YES"));
+    show("booleans:          \"YES\" reads as %s; the null object prints as %@", bool(yes) ? "true" : "false",
+         HVNull().Ref());
 }
 
-void collections() {
-    show(CFSTR("\n== Collections =="));
-    int one = 1;
-    CFNumberRef number = CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &one);
-    const void* values[] = {CFSTR("a"), number};
-    CFArrayRef array = CFArrayCreate(kCFAllocatorDefault, values, 2, &kCFTypeArrayCallBacks);
-    show(CFSTR("array:             %@"), array);
+void dataRoundTrips(const HVString& folder) {
+    heading("Data");
+    HVData bytes = HVString("Halvane \xE2\x9C\x93").DataContainingUTF8String();
+    HVString hex = bytes.Serialize();
+    show("UTF-8 bytes:       %llu, as text %@", bytes.Length(), hex.Ref());
+    HVData fromText;
+    fromText.Deserialize(hex);
+    show("read back:         equal: %s", fromText == bytes ? "yes" : "no");
 
-    CFMutableDictionaryRef settings = CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
-                                                                &kCFTypeDictionaryValueCallBacks);
-    CFDictionarySetValue(settings, CFSTR("name"), CFSTR("Halvane"));
-    CFDictionarySetValue(settings, CFSTR("items"), array);
-    show(CFSTR("dictionary count:  %ld, name = %@"), CFDictionaryGetCount(settings),
-         CFDictionaryGetValue(settings, CFSTR("name")));
-
-    const UInt8 bytes[] = {0xDE, 0xAD, 0xBE, 0xEF};
-    CFDataRef data = CFDataCreate(kCFAllocatorDefault, bytes, sizeof bytes);
-    show(CFSTR("data:              %@"), data);
-    CFRelease(data);
-    CFRelease(settings);
-    CFRelease(array);
-    CFRelease(number);
+    HVString file = folder.StringByAppendingPathComponent("bytes.bin");
+    HVError error;
+    bool written = bytes.WriteToFile(file, error);
+    HVData fromFile = HVData::DataWithContentsOfFile(file);
+    show("file round trip:   written %s, %llu bytes read, equal: %s", written ? "yes" : "no", fromFile.Length(),
+         fromFile == bytes ? "yes" : "no");
 }
 
 void errors() {
-    show(CFSTR("\n== Errors =="));
-    CFErrorRef missing = CFErrorCreate(kCFAllocatorDefault, kCFErrorDomainPOSIX, 2, nullptr);
-    CFStringRef description = CFErrorCopyDescription(missing);
-    show(CFSTR("POSIX error 2:     %@"), description);
-    CFRelease(description);
-    CFRelease(missing);
+    heading("Errors and exceptions");
+    HVError error = HVError::ErrorWithDomainCodeAndUserInfo(
+        "DemoDomain", 7,
+        HVError::DictionaryWithErrorDescriptionAndFailureReason("The settings could not be saved.",
+                                                               "The disk is full."));
+    show("error:             %@ %lld: %@ (%@)", error.Domain().Ref(), error.Code(),
+         error.LocalizedDescription().Ref(), error.LocalizedFailureReason().Ref());
 
-    const void* keys[] = {kCFErrorLocalizedDescriptionKey};
-    const void* texts[] = {CFSTR("The settings file is damaged.")};
-    CFDictionaryRef info = CFDictionaryCreate(kCFAllocatorDefault, keys, texts, 1, &kCFTypeDictionaryKeyCallBacks,
-                                              &kCFTypeDictionaryValueCallBacks);
-    CFErrorRef custom = CFErrorCreate(kCFAllocatorDefault, CFSTR("DemoDomain"), 7, info);
-    show(CFSTR("own error:         %@"), custom);
-    CFRelease(custom);
-    CFRelease(info);
+    HVArray empty;
+    try {
+        empty.ObjectAtIndex(3);
+    } catch (HVException& exception) {
+        show("exception:         %@: %@", exception.Name().Ref(), exception.Reason().Ref());
+    }
+
+    // A type mismatch never throws: it is reported through the error.
+    HVMutableArray mixed;
+    mixed.AddString("not a number");
+    HVError mismatch;
+    HVNumber number = mixed.NumberAtIndex(0, mismatch);
+    show("type mismatch:     code %lld, \"%@\"", mismatch.Code(), mismatch.LocalizedFailureReason().Ref());
+    (void)number;
+}
+
+void settings(const HVString& folder) {
+    heading("Settings: read, change, write back");
+    HVString source(HALVANE_DEMO_SETTINGS);
+    HVString copy = folder.StringByAppendingPathComponent("settings.plist");
+    HVData::DataWithContentsOfFile(source).WriteToFile(copy);
+
+    HVMutableDictionary preferences(HVDictionary::DictionaryWithContentsOfFile(copy));
+    show("read %llu settings from %@", preferences.Count(), copy.Ref());
+    show("  theme %@, font size %g, auto-save every %d s, toolbar %s", preferences.StringForKey("Theme").Ref(),
+         preferences.NumberForKey("FontSize").DoubleValue(), preferences.NumberForKey("AutoSaveInterval").IntValue(),
+         bool(preferences.BoolForKey("ShowToolbar")) ? "shown" : "hidden");
+
+    preferences.SetStringForKey("Dark", "Theme");
+    preferences.SetNumberForKey(HVNumber(14.0), "FontSize");
+    HVMutableArray recent = preferences.MutableArrayForKey("RecentDocuments");
+    recent.InsertStringAtIndex("~/Documents/Budget 2027.numbers", 0);
+    preferences.SetArrayForKey(recent, "RecentDocuments");
+    preferences.SetNonEmptyStringForKey("", "LastOpenedDocument");  // an empty value removes the key
+    bool saved = preferences.WriteToFile(copy);
+    show("changed theme, font size, recent documents; removed the last document: saved %s", saved ? "yes" : "no");
+
+    HVDictionary reread = HVDictionary::DictionaryWithContentsOfFile(copy);
+    show("read back:         %llu settings, theme %@, %llu recent documents, equal to what was written: %s",
+         reread.Count(), reread.StringForKey("Theme").Ref(), reread.ArrayForKey("RecentDocuments").Count(),
+         reread == preferences ? "yes" : "no");
+    line(HVString::StringWithContentsOfFileUsingEncoding(copy, HVUTF8StringEncoding));
+}
+
+// A private folder for the files the demonstration writes.
+HVString scratchFolder() {
+    char pattern[] = "/tmp/halvane-demo-XXXXXX";
+    const char* folder = mkdtemp(pattern);
+    return folder != nullptr ? HVString(folder) : HVString("/tmp");
 }
 
 }  // namespace
 
 int main() {
-    std::printf("Halvane %s\n\n", HVLibraryVersion());
+    std::printf("Halvane %s\n", HVLibraryVersion());
+    HVString folder = scratchFolder();
     strings();
-    numbersAndDates();
-    collections();
+    numbers();
+    dataRoundTrips(folder);
     errors();
+    settings(folder);
+    std::printf("\nFiles written under %s\n", std::string(folder).c_str());
     return 0;
 }

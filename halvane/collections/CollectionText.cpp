@@ -73,7 +73,13 @@ HVString HVArray::Serialize() {
 void HVArray::Deserialize(const HVString& text) {
     Empty();
     if (text.IsEmpty()) return;
-    HVArray parsed = HVPropertyListSerialization::ArrayPropertyListWithData(text.DataContainingUTF8String());
+    HVObject read = HVPropertyListSerialization::PropertyListWithData(text.DataContainingUTF8String());
+    // A boxed value's container is a platform array too, which the array
+    // conversion refuses by its class type: it is taken as the array it
+    // is, so that such an array's text reads back and HVValue can read its
+    // own text here.
+    HVArray parsed =
+        read.ObjectsClassType() == HVValueClassType ? HVArray(read.Ref()) : HVArray::ArrayFromObject(read);
     HVMutableArray elements;
     elements.AddObjectsFromArray(parsed);
     unsigned long long count = elements.Count();

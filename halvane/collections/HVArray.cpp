@@ -137,7 +137,9 @@ HVArray& HVArray::operator=(const __CFArray* ref) {
 HVArray::operator const __CFArray*() const { return asArray(m_Ref); }
 
 unsigned long long HVArray::Count() const {
-    if (m_Ref == nullptr || m_Ref == kCFNull || m_Ref == SharedEmptyObject()) return 0;
+    // The shared empty object is a platform collection with no elements,
+    // so only holding nothing needs a test of its own.
+    if (m_Ref == nullptr || m_Ref == kCFNull) return 0;
     return static_cast<unsigned long long>(static_cast<long long>(int32_t(CFArrayGetCount(asArray(m_Ref)))));
 }
 
@@ -151,7 +153,10 @@ void HVArray::Empty() {
 }
 
 const void* HVArray::InternalObjectAtIndex(unsigned long long index) const {
-    if (index >= Count()) {
+    // Count() without the call: every accessor passes through here.
+    bool holdsArray = m_Ref != nullptr && m_Ref != kCFNull;
+    if (!holdsArray || index >= static_cast<unsigned long long>(static_cast<long long>(
+                                    int32_t(CFArrayGetCount(asArray(m_Ref)))))) {
         throw HVException::ExceptionWithNameAndReason(HVExceptionName::RangeException(),
                                                       "Attempted to index past the end of the array.");
     }

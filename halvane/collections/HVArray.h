@@ -144,10 +144,16 @@ protected:
     void AssignUnderlyingArrayAndTakeOwnership(const void* ref);
 };
 
-// The rest of the collection family, so that one include gives every type
-// this interface returns.
+// The rest of the collection family and the values it hands out, so that
+// one include gives every type this interface returns.
 #include <halvane/collections/HVDictionary.h>
 #include <halvane/collections/HVEnumerator.h>
 #include <halvane/collections/HVMutableArray.h>
+#include <halvane/core/HVRetainedObject.h>
+#include <halvane/time/HVDate.h>
+#include <halvane/values/HVPoint.h>
+#include <halvane/values/HVRect.h>
+#include <halvane/values/HVSize.h>
+#include <halvane/values/HVValue.h>
 
 #endif  // HALVANE_COLLECTIONS_HVARRAY_H

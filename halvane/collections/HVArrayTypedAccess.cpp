@@ -9,16 +9,14 @@ using halvane::detail::ErrorSlot;
 
 // The form with an error converts the (range-checked) element by the rule;
 // the form without one reports a mismatch as an assertion line.
-#define HV_ARRAY_TYPED_ACCESSOR(Result, Accessor, Rule)                                               \
-    Result HVArray::Accessor(unsigned long long index, HVError& error) const {                        \
+#define HV_ARRAY_TYPED_ACCESSOR(Result, Accessor, Rule)                                                         \
+    Result HVArray::Accessor(unsigned long long index, HVError& error) const {                                  \
         return ConvertedElement(InternalObjectAtIndex(index), index, ErrorSlot{&error}, halvane::detail::Rule); \
-    }                                                                                                 \
-    Result HVArray::Accessor(unsigned long long index) const {                                        \
-        HVError error = halvane::detail::NoError();                                                   \
-        Result result = Accessor(index, error);                                                       \
-        halvane::detail::ReportArrayMismatch(error, halvane::detail::Rule.function,                   \
-                                             halvane::detail::Rule.line);                             \
-        return result;                                                                                \
+    }                                                                                                           \
+    Result HVArray::Accessor(unsigned long long index) const {                                                  \
+        const ErrorSlot logged{nullptr, halvane::detail::ReportArrayMismatch, halvane::detail::Rule.function,   \
+                               halvane::detail::Rule.line};                                                     \
+        return ConvertedElement(InternalObjectAtIndex(index), index, logged, halvane::detail::Rule);            \
     }
 
 HV_ARRAY_TYPED_ACCESSOR(HVArray, ArrayAtIndex, kArrayAtIndex)
@@ -26,9 +24,16 @@ HV_ARRAY_TYPED_ACCESSOR(HVMutableArray, MutableArrayAtIndex, kMutableArrayAtInde
 HV_ARRAY_TYPED_ACCESSOR(HVBool, BoolAtIndex, kBoolAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVData, DataAtIndex, kDataAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVMutableData, MutableDataAtIndex, kMutableDataAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVDate, DateAtIndex, kDateAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVDictionary, DictionaryAtIndex, kDictionaryAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVMutableDictionary, MutableDictionaryAtIndex, kMutableDictionaryAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVNumber, NumberAtIndex, kNumberAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVPoint, PointAtIndex, kPointAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVRect, RectAtIndex, kRectAtIndex)
+// A pointer: null for an element that carries no retained object.
+HV_ARRAY_TYPED_ACCESSOR(HVRetainedObject*, RetainedObjectAtIndex, kRetainedObjectAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVSize, SizeAtIndex, kSizeAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVString, StringAtIndex, kStringAtIndex)
+HV_ARRAY_TYPED_ACCESSOR(HVValue, ValueAtIndex, kValueAtIndex)
 
 #undef HV_ARRAY_TYPED_ACCESSOR

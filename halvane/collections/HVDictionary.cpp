@@ -170,7 +170,9 @@ HVDictionary& HVDictionary::operator=(const __CFDictionary* ref) {
 HVDictionary::operator const __CFDictionary*() const { return asDictionary(m_Ref); }
 
 unsigned long long HVDictionary::Count() const {
-    if (m_Ref == nullptr || m_Ref == kCFNull || m_Ref == SharedEmptyObject()) return 0;
+    // The shared empty object is a platform collection with no elements,
+    // so only holding nothing needs a test of its own.
+    if (m_Ref == nullptr || m_Ref == kCFNull) return 0;
     return static_cast<unsigned long long>(static_cast<long long>(int32_t(CFDictionaryGetCount(asDictionary(m_Ref)))));
 }
 
@@ -185,7 +187,7 @@ void HVDictionary::Empty() {
 
 const void* HVDictionary::HVIdForKeyIfPresent(const HVString& key) const {
     const void* value = nullptr;
-    if (Count() == 0 || key.Ref() == nullptr) return nullptr;
+    if (m_Ref == nullptr || m_Ref == kCFNull || key.Ref() == nullptr) return nullptr;
     if (!CFDictionaryGetValueIfPresent(asDictionary(m_Ref), key.Ref(), &value)) return nullptr;
     return value;
 }

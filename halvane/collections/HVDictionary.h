@@ -182,9 +182,15 @@ private:
     void AssignPropertyListData(const HVData& data, bool& parsingFramedText);
 };
 
-// The rest of the collection family, so that one include gives every type
-// this interface returns.
+// The rest of the collection family and the values it hands out, so that
+// one include gives every type this interface returns.
 #include <halvane/collections/HVArray.h>
 #include <halvane/collections/HVMutableDictionary.h>
+#include <halvane/core/HVRetainedObject.h>
+#include <halvane/time/HVDate.h>
+#include <halvane/values/HVPoint.h>
+#include <halvane/values/HVRect.h>
+#include <halvane/values/HVSize.h>
+#include <halvane/values/HVValue.h>
 
 #endif  // HALVANE_COLLECTIONS_HVDICTIONARY_H

@@ -1,7 +1,13 @@
 #include <halvane/collections/HVMutableArray.h>
 
+#include <halvane/core/HVRetainedObject.h>
 #include <halvane/core/detail/ClassRegistry.h>
 #include <halvane/errors/HVAssert.h>
+#include <halvane/time/HVDate.h>
+#include <halvane/values/HVPoint.h>
+#include <halvane/values/HVRect.h>
+#include <halvane/values/HVSize.h>
+#include <halvane/values/HVValue.h>
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -13,6 +19,11 @@ CFArrayRef asArray(const void* ref) { return static_cast<CFArrayRef>(ref); }
 
 // Indices and capacities reach the platform cut to 32 bits.
 CFIndex toPlatform(unsigned long long value) { return CFIndex(int32_t(uint32_t(value))); }
+
+// The container that a retained object carries, through its own (virtual)
+// conversion, so that a subclass that hands out another reference is
+// honoured.
+const void* carriedReference(const HVRetainedObject* object) { return static_cast<const void*>(*object); }
 
 CFMutableArrayRef newMutableArray(CFIndex capacity) {
     return CFArrayCreateMutable(kCFAllocatorDefault, capacity, &kCFTypeArrayCallBacks);
@@ -173,9 +184,18 @@ void HVMutableArray::AddObject(const HVObject& object) { AddInternalObject(objec
 void HVMutableArray::AddArray(const HVArray& array) { AddInternalObject(array.Ref()); }
 void HVMutableArray::AddBool(const HVBool& value) { AddInternalObject(value.Ref()); }
 void HVMutableArray::AddData(const HVData& data) { AddInternalObject(data.Ref()); }
+void HVMutableArray::AddDate(const HVDate& date) { AddInternalObject(date.Ref()); }
 void HVMutableArray::AddDictionary(const HVDictionary& dictionary) { AddInternalObject(dictionary.Ref()); }
 void HVMutableArray::AddNumber(const HVNumber& number) { AddInternalObject(number.Ref()); }
 void HVMutableArray::AddString(const HVString& string) { AddInternalObject(string.Ref()); }
+void HVMutableArray::AddValue(const HVValue& value) { AddInternalObject(value.Ref()); }
+void HVMutableArray::AddPoint(const HVPoint& point) { AddString(point.Serialize()); }
+void HVMutableArray::AddRect(const HVRect& rect) { AddString(rect.Serialize()); }
+void HVMutableArray::AddSize(const HVSize& size) { AddString(size.Serialize()); }
+
+void HVMutableArray::AddRetainedObject(const HVRetainedObject* object) {
+    if (object != nullptr) AddInternalObject(carriedReference(object));
+}
 
 void HVMutableArray::InsertObjectAtIndex(const HVObject& object, unsigned long long index) {
     InsertInternalObjectAtIndex(object.Ref(), index);
@@ -189,6 +209,9 @@ void HVMutableArray::InsertBoolAtIndex(const HVBool& value, unsigned long long i
 void HVMutableArray::InsertDataAtIndex(const HVData& data, unsigned long long index) {
     InsertInternalObjectAtIndex(data.Ref(), index);
 }
+void HVMutableArray::InsertDateAtIndex(const HVDate& date, unsigned long long index) {
+    InsertInternalObjectAtIndex(date.Ref(), index);
+}
 void HVMutableArray::InsertDictionaryAtIndex(const HVDictionary& dictionary, unsigned long long index) {
     InsertInternalObjectAtIndex(dictionary.Ref(), index);
 }
@@ -197,6 +220,13 @@ void HVMutableArray::InsertNumberAtIndex(const HVNumber& number, unsigned long l
 }
 void HVMutableArray::InsertStringAtIndex(const HVString& string, unsigned long long index) {
     InsertInternalObjectAtIndex(string.Ref(), index);
+}
+void HVMutableArray::InsertValueAtIndex(const HVValue& value, unsigned long long index) {
+    InsertInternalObjectAtIndex(value.Ref(), index);
+}
+// A null pointer inserts nothing, as it adds nothing.
+void HVMutableArray::InsertRetainedObjectAtIndex(const HVRetainedObject* object, unsigned long long index) {
+    if (object != nullptr) InsertInternalObjectAtIndex(carriedReference(object), index);
 }
 
 void HVMutableArray::SetObjectAtIndex(const HVObject& object, unsigned long long index) {
@@ -211,6 +241,9 @@ void HVMutableArray::SetBoolAtIndex(const HVBool& value, unsigned long long inde
 void HVMutableArray::SetDataAtIndex(const HVData& data, unsigned long long index) {
     SetInternalObjectAtIndex(data.Ref(), index);
 }
+void HVMutableArray::SetDateAtIndex(const HVDate& date, unsigned long long index) {
+    SetInternalObjectAtIndex(date.Ref(), index);
+}
 void HVMutableArray::SetDictionaryAtIndex(const HVDictionary& dictionary, unsigned long long index) {
     SetInternalObjectAtIndex(dictionary.Ref(), index);
 }
@@ -219,6 +252,22 @@ void HVMutableArray::SetNumberAtIndex(const HVNumber& number, unsigned long long
 }
 void HVMutableArray::SetStringAtIndex(const HVString& string, unsigned long long index) {
     SetInternalObjectAtIndex(string.Ref(), index);
+}
+void HVMutableArray::SetValueAtIndex(const HVValue& value, unsigned long long index) {
+    SetInternalObjectAtIndex(value.Ref(), index);
+}
+// A null pointer leaves the element as it is.
+void HVMutableArray::SetRetainedObjectAtIndex(const HVRetainedObject* object, unsigned long long index) {
+    if (object != nullptr) SetInternalObjectAtIndex(carriedReference(object), index);
+}
+void HVMutableArray::SetPointAtIndex(const HVPoint& point, unsigned long long index) {
+    SetStringAtIndex(point.Serialize(), index);
+}
+void HVMutableArray::SetRectAtIndex(const HVRect& rect, unsigned long long index) {
+    SetStringAtIndex(rect.Serialize(), index);
+}
+void HVMutableArray::SetSizeAtIndex(const HVSize& size, unsigned long long index) {
+    SetStringAtIndex(size.Serialize(), index);
 }
 
 void HVMutableArray::RemoveAllObjects() {

@@ -2,9 +2,15 @@
 
 #include <halvane/collections/HVArray.h>
 #include <halvane/collections/HVEnumerator.h>
+#include <halvane/core/HVRetainedObject.h>
 #include <halvane/core/detail/ClassRegistry.h>
 #include <halvane/errors/HVAssert.h>
 #include <halvane/errors/HVLog.h>
+#include <halvane/time/HVDate.h>
+#include <halvane/values/HVPoint.h>
+#include <halvane/values/HVRect.h>
+#include <halvane/values/HVSize.h>
+#include <halvane/values/HVValue.h>
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -174,6 +180,28 @@ void HVMutableDictionary::SetStringForKey(const HVString& string, const HVString
     SetInternalObjectForKey(string.Ref(), key);
 }
 
+void HVMutableDictionary::SetDateForKey(const HVDate& date, const HVString& key) {
+    SetInternalObjectForKey(date.Ref(), key);
+}
+void HVMutableDictionary::SetValueForKey(const HVValue& value, const HVString& key) {
+    SetInternalObjectForKey(value.Ref(), key);
+}
+void HVMutableDictionary::SetPointForKey(const HVPoint& point, const HVString& key) {
+    SetStringForKey(point.Serialize(), key);
+}
+void HVMutableDictionary::SetSizeForKey(const HVSize& size, const HVString& key) {
+    SetStringForKey(size.Serialize(), key);
+}
+void HVMutableDictionary::SetRectForKey(const HVRect& rect, const HVString& key) {
+    SetStringForKey(rect.Serialize(), key);
+}
+
+void HVMutableDictionary::SetRetainedObjectForKey(const HVRetainedObject* object, const HVString& key) {
+    // The container, through the object's own (virtual) conversion.
+    const void* container = object != nullptr ? static_cast<const void*>(*object) : nullptr;
+    SetInternalObjectForKey(container, key);
+}
+
 void HVMutableDictionary::SetDictionaryForKey(const HVDictionary& dictionary, const HVString& key) {
     if (dictionary.Ref() != nullptr && dictionary.Ref() == m_Ref) {
         HVLog("HVMutableDictionary::SetDictionaryForKey invalid to add yourself to yourself.");
@@ -226,6 +254,48 @@ void HVMutableDictionary::SetNonEmptyNumberForKey(const HVNumber& number, const 
         RemoveObjectForKey(key);
     } else {
         SetNumberForKey(number, key);
+    }
+}
+
+void HVMutableDictionary::SetNonEmptyDateForKey(const HVDate& date, const HVString& key) {
+    // Null, the platform's null object or the shared empty date.
+    if (date.IsEmpty()) {
+        RemoveObjectForKey(key);
+    } else {
+        SetDateForKey(date, key);
+    }
+}
+
+void HVMutableDictionary::SetNonEmptyValueForKey(const HVValue& value, const HVString& key) {
+    if (value.IsNull() || value.Ref() == HVValue::SharedEmptyObject()) {
+        RemoveObjectForKey(key);
+    } else {
+        SetValueForKey(value, key);
+    }
+}
+
+// Both components equal to 0.0; a NaN component is stored.
+void HVMutableDictionary::SetNonEmptyPointForKey(const HVPoint& point, const HVString& key) {
+    if (point.IsEmpty()) {
+        RemoveObjectForKey(key);
+    } else {
+        SetPointForKey(point, key);
+    }
+}
+
+void HVMutableDictionary::SetNonEmptySizeForKey(const HVSize& size, const HVString& key) {
+    if (size.IsEmpty()) {
+        RemoveObjectForKey(key);
+    } else {
+        SetSizeForKey(size, key);
+    }
+}
+
+void HVMutableDictionary::SetNonEmptyRectForKey(const HVRect& rect, const HVString& key) {
+    if (rect.IsEmpty()) {
+        RemoveObjectForKey(key);
+    } else {
+        SetRectForKey(rect, key);
     }
 }
 

@@ -73,24 +73,36 @@ const PlatformTypeIDs& platformTypeIDs() {
 // first client type ID.
 constexpr CFTypeID kRetainedObjectTypeID = 256;
 
+// The class type of each platform type ID, indexed by the ID: the lookup
+// behind every typed accessor, so it is one load rather than a chain of
+// comparisons. IDs beyond the table are unknown.
+struct ClassTypeTable {
+    static constexpr CFTypeID kSize = kRetainedObjectTypeID + 1;
+    HVClassType types[kSize];
+
+    ClassTypeTable() {
+        for (HVClassType& type : types) type = HVUnknownClassType;
+        const PlatformTypeIDs& ids = platformTypeIDs();
+        const std::pair<CFTypeID, HVClassType> known[] = {
+            {ids.string, HVStringClassType}, {ids.dictionary, HVDictionaryClassType},
+            {ids.data, HVDataClassType},     {ids.array, HVArrayClassType},
+            {ids.date, HVDateClassType},     {ids.boolean, HVBoolClassType},
+            {ids.number, HVNumberClassType}, {ids.error, HVErrorClassType},
+            {ids.null, HVNullClassType},     {kRetainedObjectTypeID, HVRetainedObjectClassType},
+        };
+        for (const auto& [typeID, type] : known) {
+            if (typeID < kSize) types[typeID] = type;
+        }
+    }
+};
+
 HVClassType classTypeOfPlatformType(CFTypeID typeID) {
-    const PlatformTypeIDs& ids = platformTypeIDs();
-    if (typeID == ids.string) return HVStringClassType;
-    if (typeID == ids.dictionary) return HVDictionaryClassType;
-    if (typeID == ids.data) return HVDataClassType;
-    if (typeID == ids.array) return HVArrayClassType;
-    if (typeID == ids.date) return HVDateClassType;
-    if (typeID == ids.boolean) return HVBoolClassType;
-    if (typeID == ids.number) return HVNumberClassType;
-    if (typeID == ids.error) return HVErrorClassType;
-    if (typeID == ids.null) return HVNullClassType;
-    if (typeID == kRetainedObjectTypeID) return HVRetainedObjectClassType;
-    return HVUnknownClassType;
+    static const ClassTypeTable table;
+    return typeID < ClassTypeTable::kSize ? table.types[typeID] : HVUnknownClassType;
 }
 
-bool isValueContainer(CFTypeRef ref) {
-    if (CFGetTypeID(ref) != platformTypeIDs().array) return false;
-    auto array = static_cast<CFArrayRef>(ref);
+// An array that boxes a plain value: three elements, one of them the marker.
+bool isValueContainer(CFArrayRef array) {
     return CFArrayGetCount(array) == 3 &&
            CFArrayContainsValue(array, CFRangeMake(0, 3), CFSTR("HVValue_Container_AX7"));
 }
@@ -165,12 +177,17 @@ HVClassType HVObject::ClassTypeNeededForObject(const void* const& ref) {
     if (ref == nullptr) return HVObjectClassType;
     CFTypeID typeID = CFGetTypeID(ref);
     HVClassType type = classTypeOfPlatformType(typeID);
-    if (type == HVArrayClassType && _CFArrayIsMutable(static_cast<CFArrayRef>(ref))) type = HVMutableArrayClassType;
-    if (type == HVDataClassType && _CFDataIsMutable(static_cast<CFDataRef>(ref))) type = HVMutableDataClassType;
-    if (type == HVDictionaryClassType && _CFDictionaryIsMutable(static_cast<CFDictionaryRef>(ref))) {
-        type = HVMutableDictionaryClassType;
+    switch (type) {
+        case HVArrayClassType:
+            if (isValueContainer(static_cast<CFArrayRef>(ref))) return HVValueClassType;
+            if (_CFArrayIsMutable(static_cast<CFArrayRef>(ref))) return HVMutableArrayClassType;
+            return type;
+        case HVDataClassType:
+            return _CFDataIsMutable(static_cast<CFDataRef>(ref)) ? HVMutableDataClassType : type;
+        case HVDictionaryClassType:
+            return _CFDictionaryIsMutable(static_cast<CFDictionaryRef>(ref)) ? HVMutableDictionaryClassType : type;
+        default: break;
     }
-    if (isValueContainer(ref)) type = HVValueClassType;
     if (type == HVUnknownClassType) {
         HVLog("HVObject::ClassTypeNeededForObject does not have the ability to identify the class with an internal "
               "object of type %d",

@@ -1,8 +1,13 @@
 #include <halvane/time/HVDate.h>
 
 #include <halvane/core/detail/ClassRegistry.h>
+#include <halvane/text/HVString.h>
+#include <halvane/time/HVTimeZone.h>
+#include <halvane/time/detail/DateText.h>
 
 #include <CoreFoundation/CoreFoundation.h>
+
+#include <string>
 
 HV_REGISTER_CLASS(HVDate);
 
@@ -56,6 +61,10 @@ const void* const& HVDate::SharedEmptyObject() {
 
 HVDate HVDate::Now() {
     return DateWithTimeIntervalSinceReferenceDate(CFAbsoluteTimeGetCurrent());
+}
+
+HVDate HVDate::Today() {
+    return halvane::detail::StartOfDay(Now(), HVTimeZone::CurrentTimeZone());
 }
 
 HVDate HVDate::DateWithTimeIntervalSinceReferenceDate(double seconds) {
@@ -178,6 +187,24 @@ double HVDate::TimeIntervalSinceDate(HVDate other) const {
 
 bool HVDate::IsEmpty() const {
     return IsNull() || m_Ref == SharedEmptyObject();
+}
+
+HVString HVDate::Description() {
+    return halvane::detail::DateTimeText(*this, HVTimeZone::GMTTimeZone());
+}
+
+HVString HVDate::Serialize() {
+    std::string text = halvane::detail::DateTimeText(*this, HVTimeZone::CurrentTimeZone());
+    const std::string midnight = " 00:00:00.000";
+    for (size_t at = text.find(midnight); at != std::string::npos; at = text.find(midnight, at)) {
+        text.erase(at, midnight.size());
+    }
+    return HVString(text.c_str());
+}
+
+void HVDate::Deserialize(const HVString& text) {
+    HVDate read = halvane::detail::DateFromDateTimeText(text, HVTimeZone::CurrentTimeZone());
+    AssignUnderlyingDate(read.m_Ref);
 }
 
 bool HVDate::IsNativelyAllowedInPropertyList() const {

@@ -24,6 +24,9 @@ public:
     static const void* const& SharedEmptyObject();
 
     static HVDate Now();
+    // Midnight at the start of today, in the machine's zone (GMT when the
+    // machine keeps GMT).
+    static HVDate Today();
     static HVDate DateWithTimeIntervalSinceReferenceDate(double seconds);
     static HVDate DateWithTimeIntervalSinceNow(double seconds);
     static HVDate DateWithTimeIntervalSince1970(double seconds);
@@ -66,6 +69,14 @@ public:
 
     // Null, the platform's null object, or the shared empty date.
     bool IsEmpty() const override;
+    // "MM-dd-yyyy HH:mm:ss.SSS" in GMT; the empty string for an empty date.
+    HVString Description() override;
+    // "MM-dd-yyyy HH:mm:ss.SSS" in the machine's zone (the current-locale
+    // form), with " 00:00:00.000" removed: a date at midnight is written as
+    // the date alone.
+    HVString Serialize() override;
+    // Reads that text back; text that does not read gives the empty date.
+    void Deserialize(const HVString& text) override;
     bool IsNativelyAllowedInPropertyList() const override;
 
 protected:

@@ -177,6 +177,24 @@ HVString HVValue::Serialize() {
     return HVString::StringWithFormat("%@", HVArray(m_Ref).Serialize().Ref());
 }
 
+void HVValue::Deserialize(const HVString& text) {
+    // Reading the container back hands its marker string, which begins
+    // like a tagged text, to this function with no payload: nothing to do.
+    if (text.IsEmpty()) return;
+    HVArray container;
+    container.Deserialize(AddPropertyListFileText(text));
+    CFStringRef name = typeNameOf(container.Ref());
+    CFNumberRef number = numberOf(container.Ref());
+    CFNumberType type;
+    if (number == nullptr || !numberTypeOfCType(name, type)) return;
+    // The number read back has the reader's type (a 64-bit integer or a
+    // double); it is stored again with the code of the C type.
+    alignas(16) unsigned char bytes[16] = {};
+    CFNumberGetValue(number, type, bytes);
+    CFArrayRef rebuilt = newContainer(name, type, bytes);
+    if (rebuilt != nullptr) AssignUnderlyingValueAndTakeOwnership(rebuilt);
+}
+
 void HVValue::AssignUnderlyingValueAndTakeOwnership(const void* ref) {
     if (ref == m_Ref) {
         if (ref != nullptr) CFRelease(ref);

@@ -47,6 +47,10 @@ public:
 
     // The container's array text.
     HVString Serialize() override;
+    // Reads the container's array text (with or without its property-list
+    // frame) and rebuilds the value from the type name and the number in
+    // it. Text that holds no such array leaves the value as it was.
+    void Deserialize(const HVString& text) override;
 
 private:
     void AssignUnderlyingValueAndTakeOwnership(const void* ref);

@@ -191,6 +191,43 @@ TEST(Array, MismatchesAreReportedNeverThrown) {
                                 "HVArray::DataAtIndex", "HVArray", 311);
 }
 
+TEST(Array, DatesValuesGeometryAndRetainedObjectsAtIndex) {
+    HVDate date = HVDate::DateWithTimeIntervalSinceReferenceDate(727012800.0);
+    HVValue value = HVValue::ValueWithPointer(&date);
+    auto* object = new hvtest::Carried;
+    HVMutableArray array(arrayOf({date, value, HVString("{{1.5,2},{3,4}}"), HVNumber(7)}));
+    array.AddRetainedObject(object);
+    HVRetainedObject::Release(object);
+    HVError error;
+    EXPECT_EQ(array.DateAtIndex(0, error).Ref(), date.Ref());
+    EXPECT_EQ(array.ValueAtIndex(1).Ref(), value.Ref());
+    EXPECT_TRUE(array.RectAtIndex(2, error) == HVRect(1.5, 2, 3, 4));
+    EXPECT_TRUE(array.PointAtIndex(2) == HVPoint(1.5, 2));  // every brace dropped: the first two numbers
+    EXPECT_EQ(array.RetainedObjectAtIndex(4), object);
+    EXPECT_FALSE(error.IsError());
+
+    EXPECT_EQ(array.ValueAtIndex(0, error).Ref(), HVValue::SharedEmptyObject());
+    EXPECT_EQ(hvtest::failureReason(error), "Object type at index 0 is a HVDate.");
+    EXPECT_EQ(array.RetainedObjectAtIndex(2, error), nullptr);
+    EXPECT_EQ(hvtest::failureReason(error), "Object type at index 2 is a HVString.");
+
+    hvtest::LogCapture log;
+    EXPECT_EQ(array.DateAtIndex(3).Ref(), HVDate::SharedEmptyObject());
+    EXPECT_TRUE(array.SizeAtIndex(1).IsEmpty());
+    EXPECT_EQ(array.RetainedObjectAtIndex(3), nullptr);
+    std::vector<std::string> messages = log.messages();
+    ASSERT_EQ(messages.size(), 3u);
+    EXPECT_EQ(messages[0],
+              "Failed Assert! (! error.IsError()) - Error Domain=HalvaneDomain Code=20004 \"Object type does not "
+              "match the object type requested.\" UserInfo={NSLocalizedFailureReason=Object type at index 3 is a "
+              "HVNumber., NSLocalizedDescription=Object type does not match the object type requested.}    "
+              "Function:HVArray::DateAtIndex File:HVArray Line:379");
+    hvtest::expectAssertionLine(messages[1], "! error.IsError()", "Object type at index 1 is a HVValue.",
+                                "HVArray::SizeAtIndex", "HVArray", 587);
+    hvtest::expectAssertionLine(messages[2], "! error.IsError()", "Object type at index 3 is a HVNumber.",
+                                "HVArray::RetainedObjectAtIndex", "HVArray", 563);
+}
+
 TEST(Array, ClassTypesAndGenericObjects) {
     HVArray array = arrayOf({HVString("s"), HVMutableArray(), HVNull()});
     EXPECT_EQ(array.ClassTypeOfObjectAtIndex(0), HVStringClassType);

@@ -4,6 +4,7 @@
 #define HALVANE_TESTS_COLLECTIONS_COLLECTIONTESTSUPPORT_H
 
 #include <halvane/collections/HVArray.h>
+#include <halvane/core/HVRetainedObject.h>
 #include <halvane/errors/HVError.h>
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -27,6 +28,16 @@ inline HVData bytes(const std::string& text) { return HVData::DataWithBytesOfLen
 inline std::string text(const HVString& string) { return std::string(string); }
 
 inline std::string failureReason(const HVError& error) { return text(error.LocalizedFailureReason()); }
+
+// A retained object that records its deletion in a flag that outlives it.
+struct Carried : HVRetainedObject {
+    explicit Carried(bool* deletedFlag = nullptr) : deleted(deletedFlag) {}
+    ~Carried() override {
+        if (deleted != nullptr) *deleted = true;
+    }
+    void SubclassSlot() override {}
+    bool* deleted;
+};
 
 // Checks one assertion line of a typed accessor word for word around the
 // error's own description: "Failed Assert! (condition) - <error>

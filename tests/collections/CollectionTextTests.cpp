@@ -91,6 +91,11 @@ TEST(CollectionText, StringsThatBeginWithTheTagPrefix) {
     EXPECT_EQ(text(read.StringAtIndex(1)), "HVAC unit");
     EXPECT_EQ(text(read.StringAtIndex(2)), "q");
 
+    // A date is made whatever its text: unreadable text is the empty date.
+    HVArray dated;
+    dated.Deserialize(arrayOf({HVString("HVDate rush")}).Serialize());
+    EXPECT_EQ(dated.DateAtIndex(0).Ref(), HVDate::SharedEmptyObject());
+
     HVMutableDictionary dictionary;
     dictionary.SetStringForKey("HVBool:YES", "flag");
     HVDictionary readDictionary;
@@ -120,4 +125,50 @@ TEST(CollectionText, EmptyAndUnreadableTexts) {
     fromDictionaryText.Deserialize(HVDictionary::DictionaryWithObjectForKey(HVString("v"), "k").Serialize());
     EXPECT_TRUE(fromDictionaryText.IsEmpty());
     EXPECT_FALSE(log.messages().empty());
+}
+
+TEST(CollectionText, DatesValuesAndGeometryRoundTrip) {
+    double half = 2.5;
+    HVValue value = HVValue::ValueWithBytesOfCType(&half, "double");
+    HVMutableArray array;
+    array.AddDate(HVDate::DateWithTimeIntervalSinceReferenceDate(727012800.0));
+    array.AddValue(value);
+    array.AddPoint(HVPoint(1, 2));
+    array.AddRect(HVRect(1, 2, 3, 4));
+    HVArray read;
+    read.Deserialize(array.Serialize());
+    EXPECT_TRUE(read == array);
+    EXPECT_EQ(read.ClassTypeOfObjectAtIndex(1), HVValueClassType);
+    EXPECT_TRUE(read.RectAtIndex(3) == HVRect(1, 2, 3, 4));
+
+    // Beside an element the writer refuses, a value travels as tagged text.
+    hvtest::LogCapture log;
+    array.AddObject(HVNull());
+    std::string written = text(array.Serialize());
+    EXPECT_NE(written.find("\t<date>2024-01-15T12:00:00Z</date>\n\t<string>HVValue:&lt;array&gt;\n"
+                           "\t&lt;string&gt;HVValue_Container_AX7&lt;/string&gt;\n"
+                           "\t&lt;string&gt;double&lt;/string&gt;\n\t&lt;real&gt;2.5&lt;/real&gt;\n"
+                           "&lt;/array&gt;</string>\n"),
+              std::string::npos)
+        << written;
+    read.Deserialize(HVString(written));
+    EXPECT_TRUE(read == array);
+
+    HVMutableDictionary dictionary;
+    dictionary.SetValueForKey(value, "value");
+    dictionary.SetDateForKey(HVDate::DateWithTimeIntervalSinceReferenceDate(-1e9), "date");
+    dictionary.SetSizeForKey(HVSize(5, 6), "size");
+    dictionary.SetObjectForKey(HVNull(), "null");
+    HVDictionary readDictionary;
+    readDictionary.Deserialize(dictionary.Serialize());
+    EXPECT_TRUE(readDictionary == dictionary);
+
+    // A retained object is written as its description and, naming a class
+    // without a wrapper, comes back as that string.
+    auto* object = new hvtest::Carried;
+    dictionary.SetRetainedObjectForKey(object, "object");
+    HVRetainedObject::Release(object);
+    readDictionary.Deserialize(dictionary.Serialize());
+    EXPECT_EQ(text(readDictionary.StringForKey("object")).rfind("HVRetainedObject:<HVRetainedObject 0x", 0), 0u);
+    EXPECT_TRUE(readDictionary.ValueForKey("value") == value);
 }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -134,6 +135,59 @@ TEST(Dictionary, WrongTypesAreReportedByTheRequiredFormOnly) {
                                 "HVDictionary::MutableDataForExistingKey", "HVDictionary", 782);
     hvtest::expectAssertionLine(messages[3], condition, "Object type with key flag is a HVBool.",
                                 "HVDictionary::NumberForExistingKey", "HVDictionary", 1039);
+}
+
+TEST(Dictionary, DatesValuesGeometryAndRetainedObjectsForKeys) {
+    HVDate date = HVDate::DateWithTimeIntervalSinceReferenceDate(727012800.0);
+    auto* object = new hvtest::Carried;
+    HVMutableDictionary dictionary(sample());
+    dictionary.SetDateForKey(date, "date");
+    dictionary.SetStringForKey("{1,2}", "point");
+    dictionary.SetDataForKey(hvtest::bytes("{3,4}"), "bytes");
+    dictionary.SetRetainedObjectForKey(object, "object");
+    HVRetainedObject::Release(object);
+
+    HVError error;
+    EXPECT_EQ(dictionary.DateForExistingKey("date", error).Ref(), date.Ref());
+    EXPECT_TRUE(dictionary.PointForExistingKey("point", error) == HVPoint(1, 2));
+    EXPECT_TRUE(dictionary.SizeForKey("bytes", error) == HVSize(3, 4));  // data is read as text first
+    EXPECT_EQ(dictionary.RetainedObjectForKey("object", error), object);
+    EXPECT_TRUE(dictionary.ValueForExistingKey("null", error).IsNull());
+    EXPECT_FALSE(error.IsError());
+
+    EXPECT_TRUE(dictionary.DateForExistingKey("absent", error).IsNull());
+    EXPECT_EQ(error.Code(), HVNotFoundError);
+    EXPECT_EQ(dictionary.ValueForKey("absent").Ref(), HVValue::SharedEmptyObject());
+    // A missing key is a type mismatch for geometry, naming the string class.
+    EXPECT_TRUE(dictionary.RectForKey("absent", error).IsEmpty());
+    EXPECT_EQ(error.Code(), HVTypeMismatchError);
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key absent is a HVString.");
+    EXPECT_TRUE(dictionary.PointForExistingKey("number", error).IsEmpty());
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key number is a HVString.");
+    EXPECT_EQ(dictionary.RetainedObjectForKey("number", error), nullptr);
+    EXPECT_EQ(hvtest::failureReason(error), "Object type with key number is a HVNumber.");
+
+    hvtest::LogCapture log;
+    EXPECT_TRUE(dictionary.DateForKey("number").IsEmpty());
+    EXPECT_TRUE(dictionary.PointForKey("absent").IsEmpty());
+    EXPECT_EQ(dictionary.RetainedObjectForKey("number"), nullptr);
+    EXPECT_TRUE(dictionary.DateForExistingKey("absent").IsNull());
+    EXPECT_TRUE(dictionary.ValueForExistingKey("date").IsNull());
+    EXPECT_TRUE(dictionary.PointForExistingKey("absent").IsEmpty());
+    EXPECT_TRUE(dictionary.RectForExistingKey("null").IsEmpty());
+    std::vector<std::string> messages = log.messages();
+    ASSERT_EQ(messages.size(), 3u);
+    const char* const condition = "(! error.IsError()) || (error.Code() == HVHalvaneErrors::HVNotFoundError)";
+    hvtest::expectAssertionLine(messages[0], condition, "Object type with key date is a HVDate.",
+                                "HVDictionary::ValueForExistingKey", "HVDictionary", 1287);
+    EXPECT_EQ(messages[1],
+              "Failed Assert! ((! error.IsError()) || (error.Code() == HVHalvaneErrors::HVNotFoundError)) - Error "
+              "Domain=HalvaneDomain Code=20004 \"Object type does not match the object type requested.\" "
+              "UserInfo={NSLocalizedFailureReason=Object type with key absent is a HVString., "
+              "NSLocalizedDescription=Object type does not match the object type requested.}    "
+              "Function:HVDictionary::PointForExistingKey File:HVDictionary Line:1085");
+    hvtest::expectAssertionLine(messages[2], condition, "Object type with key null is a HVString.",
+                                "HVDictionary::RectForExistingKey", "HVDictionary", 1121);
 }
 
 TEST(Dictionary, LenientConversions) {
@@ -312,4 +366,41 @@ TEST(Dictionary, PropertyListFiles) {
     withNull.SetObjectForKey(HVNull(), "n");
     EXPECT_FALSE(withNull.WriteToFile(path));
     EXPECT_TRUE(HVDictionary::DictionaryWithContentsOfFile(path) == dictionary);
+}
+
+// Property-list files written by other software: read through the
+// dictionary's file reader, written back by ours, and read again equal.
+TEST(Dictionary, PropertyListFilesWrittenElsewhere) {
+    const char* shared = std::getenv("HALVANE_SHARED_DIR");
+    std::string corpus = shared != nullptr ? std::string(shared) + "/corpus/plist/" : std::string();
+    if (corpus.empty() || !std::ifstream(corpus + "Info.plist")) {
+        GTEST_SKIP() << "HALVANE_SHARED_DIR/corpus/plist is not available";
+    }
+    TemporaryDirectory directory;
+
+    HVDictionary info = HVDictionary::DictionaryWithContentsOfFile(corpus + "Info.plist");
+    EXPECT_EQ(info.Count(), 11u);
+    EXPECT_EQ(text(info.StringForKey("CFBundleIdentifier")), "org.swift.TestFoundation");
+    EXPECT_EQ(text(info.StringForKey("CFBundleSignature")), "????");
+    // An empty string value is present, and differs from a missing key.
+    HVError error;
+    EXPECT_TRUE(info.StringForExistingKey("NSPrincipalClass", error).IsEmpty());
+    EXPECT_FALSE(info.StringForExistingKey("NSPrincipalClass", error).IsNull());
+    EXPECT_FALSE(error.IsError());
+
+    HVDictionary test = HVDictionary::DictionaryWithContentsOfFile(corpus + "Test.plist");
+    HVArray words = test.ArrayForKey("Baz");
+    ASSERT_EQ(words.Count(), 3u);
+    EXPECT_EQ(text(words.StringAtIndex(2)), "lists");
+
+    HVDictionary urls = HVDictionary::DictionaryWithContentsOfFile(corpus + "NSURLTestData.plist");
+    HVArray parsing = urls.ArrayForKey("ParsingTests");
+    ASSERT_GT(parsing.Count(), 100u);
+    EXPECT_EQ(text(parsing.DictionaryAtIndex(0).StringForKey("In-Title")), "NSURLWithString-parse-absolute-file-001");
+
+    for (const HVDictionary& original : {info, test, urls}) {
+        std::string copy = directory.file("copy.plist");
+        ASSERT_TRUE(original.WriteToFile(copy));
+        EXPECT_TRUE(HVDictionary::DictionaryWithContentsOfFile(copy) == original);
+    }
 }

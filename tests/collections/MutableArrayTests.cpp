@@ -166,3 +166,35 @@ TEST(MutableArray, TypedAdditionsHoldTheValues) {
     array.RemoveAllObjects();
     EXPECT_EQ(dictionary.RetainCount(), 1u);
 }
+
+TEST(MutableArray, DatesValuesGeometryAndRetainedObjects) {
+    HVDate date = HVDate::Now();
+    HVValue value = HVValue::ValueWithPointer(&date);
+    HVMutableArray array;
+    array.AddDate(date);
+    array.AddPoint(HVPoint(1.4, 2.6));
+    array.AddRect(HVRect(1, 2, 3, 4));
+    array.InsertValueAtIndex(value, 0);
+    EXPECT_EQ(array.ValueAtIndex(0).Ref(), value.Ref());
+    EXPECT_EQ(array.DateAtIndex(1).Ref(), date.Ref());
+    // Geometry is its rounded text, read back from it.
+    EXPECT_EQ(text(array.StringAtIndex(2)), "{1,3}");
+    EXPECT_TRUE(array.PointAtIndex(2) == HVPoint(1, 3));
+    EXPECT_EQ(text(array.StringAtIndex(3)), "{{1,2},{3,4}}");
+
+    bool deleted = false;
+    auto* object = new hvtest::Carried(&deleted);
+    array.AddRetainedObject(nullptr);
+    array.InsertRetainedObjectAtIndex(nullptr, 0);
+    array.SetRetainedObjectAtIndex(nullptr, 0);
+    EXPECT_EQ(array.ValueAtIndex(0).Ref(), value.Ref());
+    array.AddRetainedObject(object);
+    array.InsertRetainedObjectAtIndex(object, 0);
+    EXPECT_EQ(array.Count(), 6u);
+    EXPECT_EQ(object->RetainCount(), 3u);
+    HVRetainedObject::Release(object);
+    array.RemoveObjectAtIndex(0);
+    EXPECT_FALSE(deleted);
+    array.RemoveLastObject();
+    EXPECT_TRUE(deleted);
+}

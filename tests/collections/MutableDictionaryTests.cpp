@@ -101,6 +101,45 @@ TEST(MutableDictionary, NonEmptySettersRemoveBlankValues) {
     EXPECT_FALSE(stored("t"));
 }
 
+TEST(MutableDictionary, DatesValuesGeometryAndRetainedObjects) {
+    HVMutableDictionary dictionary;
+    auto stored = [&](const char* key) { return dictionary.ObjectForKey(key).Ref() != nullptr; };
+    for (const HVDate& blank : {HVDate(), HVDate(kCFNull)}) {
+        dictionary.SetDateForKey(HVDate::Now(), "date");
+        dictionary.SetNonEmptyDateForKey(blank, "date");
+        EXPECT_FALSE(stored("date"));
+    }
+    // The empty date's time in another object is not empty.
+    dictionary.SetNonEmptyDateForKey(HVDate::ReferenceDate(), "date");
+    EXPECT_EQ(dictionary.ObjectForKey("date").Ref(), HVDate::ReferenceDate().Ref());
+
+    int zero = 0;
+    HVValue fresh = HVValue::ValueWithBytesOfCType(&zero, "int");
+    dictionary.SetValueForKey(fresh, "value");
+    dictionary.SetNonEmptyValueForKey(HVValue(), "value");
+    EXPECT_FALSE(stored("value"));
+    dictionary.SetNonEmptyValueForKey(fresh, "value");
+    EXPECT_TRUE(stored("value"));
+
+    dictionary.SetPointForKey(HVPoint(1, 2), "point");
+    dictionary.SetNonEmptyPointForKey(HVPoint(-0.0, 0), "point");
+    EXPECT_FALSE(stored("point"));
+    dictionary.SetNonEmptyPointForKey(HVPoint(std::nan(""), 0), "point");
+    EXPECT_EQ(text(dictionary.StringForKey("point")), "{nan,0}");
+    dictionary.SetNonEmptyRectForKey(HVRect(0, 0, 5, 0), "rect");
+    EXPECT_EQ(text(dictionary.StringForKey("rect")), "{{0,0},{5,0}}");
+    dictionary.SetNonEmptyRectForKey(HVRect(), "rect");
+    EXPECT_FALSE(stored("rect"));
+
+    bool deleted = false;
+    auto* object = new hvtest::Carried(&deleted);
+    dictionary.SetRetainedObjectForKey(object, "object");
+    HVRetainedObject::Release(object);
+    EXPECT_FALSE(deleted);
+    dictionary.SetRetainedObjectForKey(nullptr, "object");
+    EXPECT_TRUE(deleted);
+}
+
 TEST(MutableDictionary, StoringItselfIsReportedAndDone) {
     HVMutableDictionary dictionary;
     dictionary.SetStringForKey("v", "k");

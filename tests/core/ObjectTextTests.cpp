@@ -6,6 +6,7 @@
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
+#include <halvane/values/HVValue.h>
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -104,4 +105,15 @@ TEST(ObjectText, PropertyListDocumentRoundTrip) {
     // The documents the platform writes strip to their top element.
     HVString document = HVArray::ArrayWithObject(HVNumber(1)).Serialize();
     EXPECT_EQ(text(TextProbe::RemovePropertyListFileText(document)), "<array>\n\t<integer>1</integer>\n</array>");
+}
+
+TEST(ObjectText, ValuesAndRetainedObjectsFromTheirTaggedText) {
+    int five = 5;
+    HVValue value = HVValue::ValueWithBytesOfCType(&five, "int");
+    HVObject read = HVObject::CreateObjectFromString(HVString("HVValue:") +
+                                                     TextProbe::RemovePropertyListFileText(value.Serialize()));
+    EXPECT_EQ(read.ObjectsClassType(), HVValueClassType);
+    EXPECT_TRUE(read == value);
+    // Retained objects have no wrapper to rebuild.
+    EXPECT_EQ(HVObject::CreateObjectFromString("HVRetainedObject:<HVRetainedObject 0x1>").Ref(), nullptr);
 }

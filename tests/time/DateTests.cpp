@@ -7,10 +7,13 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <unicode/timezone.h>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 namespace {
 
@@ -193,4 +196,58 @@ TEST(Date, RegisteredWithTheObjectCore) {
     // Release and Empty fall back to the shared empty date of type 8.
     made->Release();
     EXPECT_EQ(made->Ref(), HVDate::SharedEmptyObject());
+}
+
+namespace {
+
+// 2024-01-15 12:00:00 GMT, 07:00 in New York; midnight there is 05:00 GMT.
+const double kWinterNoon = 727012800.0;
+const double kNewYorkMidnight = 726987600.0;
+
+std::string textOf(HVDate date) {
+    return std::string(date.Serialize());
+}
+
+double readBack(const char* text) {
+    HVDate date;
+    date.Deserialize(text);
+    return date.Ref() == HVDate::SharedEmptyObject() ? std::nan("") : date.TimeIntervalSinceReferenceDate();
+}
+
+}  // namespace
+
+TEST(DateText, InTheMachineZoneAndDescribedInGMT) {
+    icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone("America/New_York"));
+    EXPECT_EQ(textOf(at(kWinterNoon)), "01-15-2024 07:00:00.000");
+    EXPECT_EQ(std::string(at(kWinterNoon).Description()), "01-15-2024 12:00:00.000");
+    EXPECT_EQ(textOf(at(742651200.0)), "07-14-2024 08:00:00.000");  // daylight time
+    EXPECT_EQ(textOf(at(kNewYorkMidnight)), "01-15-2024");
+    EXPECT_EQ(textOf(HVDate()), "");
+    // The nanoseconds written out and cut to three digits: 62 ms is ".620".
+    EXPECT_EQ(textOf(at(kWinterNoon + 0.0625)), "01-15-2024 07:00:00.620");
+
+    for (double time : {kWinterNoon + 0.25, kNewYorkMidnight, -1e9}) {
+        EXPECT_EQ(readBack(textOf(at(time)).c_str()), time);
+    }
+    EXPECT_EQ(readBack("1/15/24 7:00"), kWinterNoon);
+    EXPECT_EQ(readBack(" 01-15-2024 07:00:00.5\n"), kWinterNoon + 0.5);
+    for (const char* unreadable : {"2024-01-15T07:00:00", "01-15", "01-15-2024 07:00:00.5.5", "January 15", ""}) {
+        EXPECT_TRUE(std::isnan(readBack(unreadable))) << unreadable;
+    }
+    EXPECT_EQ(HVDate(HVObject::CreateObjectFromString("HVDateFormatter:01-15-2024")).TimeIntervalSinceReferenceDate(),
+              kNewYorkMidnight);
+
+    HVDate today = HVDate::Today();
+    EXPECT_EQ(textOf(today).size(), 10u) << textOf(today);
+    EXPECT_LT(HVDate::Now().TimeIntervalSinceDate(today), 25 * 3600.0);
+}
+
+TEST(DateText, MidnightInGMTWhenTheMachineKeepsGMT) {
+    icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone("Etc/GMT"));
+    EXPECT_EQ(textOf(HVDate::ReferenceDate()), "01-01-2001");
+    EXPECT_EQ(std::string(HVDate(HVDate::DistantFuture()).Description()), "01-01-4001 00:00:00.000");
+    HVDate read;
+    read.Deserialize("01-01-2001");
+    EXPECT_EQ(read.TimeIntervalSinceReferenceDate(), 0.0);
+    EXPECT_FALSE(read.IsEmpty());
 }

@@ -18,7 +18,7 @@ class HVLocale;
 
 namespace {
 
-// 2024-01-15 12:00:00 GMT and 2024-07-15 12:00:00 GMT.
+// 2024-01-15 12:00:00 GMT and 2024-07-14 12:00:00 GMT.
 const double kWinter = 727012800.0;
 const double kSummer = 742651200.0;
 

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "ValuesTestSupport.h"
+#include "support/LogCapture.h"
 
 namespace {
 
@@ -177,4 +178,34 @@ TEST(Value, RebuiltByClassTypeFromANullReference) {
     // The held type 27 counts as empty at the shared container.
     made->Empty();
     EXPECT_EQ(made->Ref(), HVValue::SharedEmptyObject());
+}
+
+TEST(Value, ReadBackFromItsText) {
+    unsigned long long high = 0xFEDCBA9876543210ULL;
+    float quarter = 0.25f;
+    for (const HVValue& value : {HVValue::ValueWithBytesOfCType(&high, "unsigned long long"),
+                                 HVValue::ValueWithBytesOfCType(&quarter, "float"), HVValue::ValueWithPointer(&high)}) {
+        HVValue read;
+        read.Deserialize(HVValue(value).Serialize());
+        EXPECT_TRUE(read == value) << std::string(read.CType());
+        // Stored again with the C type's code, not the reader's.
+        EXPECT_EQ(numberTypeOf(read), numberTypeOf(value)) << std::string(read.CType());
+    }
+    // The fragment that tagged text carries, without its document.
+    HVValue fragment;
+    fragment.Deserialize("<array><string>HVValue_Container_AX7</string><string>short</string><integer>-7</integer>"
+                         "</array>");
+    short seven = 0;
+    fragment.GetValue(&seven);
+    EXPECT_EQ(seven, -7);
+
+    // Text without a value leaves the value as it was.
+    hvtest::LogCapture log;
+    for (const char* text : {"", "<string>x</string>",
+                             "<array><string>HVValue_Container_AX7</string><string>int32_t</string><integer>5</integer>"
+                             "</array>"}) {
+        fragment.Deserialize(text);
+        EXPECT_EQ(numberTypeOf(fragment), kCFNumberSInt16Type) << text;
+    }
+    EXPECT_EQ(hvtest::rebuilt(HVValueClassType, "nothing")->Ref(), nullptr);
 }

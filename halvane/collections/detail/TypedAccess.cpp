@@ -32,11 +32,6 @@ HVError KeyNotFound() {
                                                       HalvaneDomain());
 }
 
-HVError NoError() {
-    const void* none = nullptr;
-    return HVError(none);
-}
-
 void ReportArrayMismatch(const HVError& error, const char* function, int line) {
     if (error.IsError()) HVAssertionFailed("! error.IsError()", error, function, "HVArray", line);
 }

@@ -2,7 +2,7 @@
 // accessor is one rule of TypedAccessRules.h (the element class types it
 // accepts, how each is converted, and the function name and line that its
 // assertion reports); the templates here apply a rule the same way for every
-// accessor, so the forty-odd members differ only in their rule.
+// accessor, so the members of every family differ only in their rule.
 #ifndef HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
 #define HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
 
@@ -54,14 +54,30 @@ constexpr AccessRule<Result, 1 + sizeof...(More)> Rule(const char* function, int
     return {function, line, {first, more...}};
 }
 
-// Where a failure goes: the caller's error, or nowhere (the forms that never
-// report build no error at all).
+// A rule for an accessor that has no form which logs: it names no function
+// and no line.
+template <typename Result, typename... More>
+constexpr AccessRule<Result, 1 + sizeof...(More)> QuietRule(Conversion<Result> first, More... more) {
+    return {nullptr, 0, {first, more...}};
+}
+
+// Where a failure goes: the caller's error, an assertion line (the forms
+// without an error argument), or nowhere (the forms that never report).
+// The error is made only when there is a failure to report, so a lookup
+// that succeeds builds no error object at all.
 struct ErrorSlot {
-    HVError* error;
+    HVError* error = nullptr;
+    void (*assertion)(const HVError& error, const char* function, int line) = nullptr;
+    const char* function = nullptr;
+    int line = 0;
 
     template <typename Make>
     void Report(Make make) const {
-        if (error != nullptr) *error = make();
+        if (error != nullptr) {
+            *error = make();
+        } else if (assertion != nullptr) {
+            assertion(make(), function, line);
+        }
     }
 };
 
@@ -72,9 +88,6 @@ HVError TypeMismatchAtIndex(unsigned long long index, HVClassType type);
 HVError TypeMismatchForKey(const HVString& key, HVClassType type);
 // "Key not contained in dictionary." (code 20006).
 HVError KeyNotFound();
-// An error holding nothing: as empty as the default one, without touching
-// the shared empty error.
-HVError NoError();
 
 // The assertion lines of the forms without an error argument.
 void ReportArrayMismatch(const HVError& error, const char* function, int line);
@@ -83,9 +96,12 @@ void ReportDictionaryMismatchUnlessMissing(const HVError& error, const char* fun
 // The values a result starts from and falls back to.
 template <typename Result>
 struct ResultTraits {
-    // An object of the type that holds no reference.
+    // An object of the type that holds no reference; for the plain
+    // geometry values, which hold none, their zero value.
     static Result Null() {
-        if constexpr (std::is_constructible_v<Result, const void* const&>) {
+        if constexpr (!std::is_base_of_v<HVObject, Result>) {
+            return Result();
+        } else if constexpr (std::is_constructible_v<Result, const void* const&>) {
             const void* none = nullptr;
             return Result(none);
         } else {
@@ -112,43 +128,47 @@ struct ResultTraits<Pointee*> {
     static bool HoldsNothing(Pointee* result) { return result == nullptr; }
 };
 
+// Each conversion below returns the one named result on every path, so the
+// result is built in the caller's storage: a wrapper copy on the way out
+// would cost a retain and a release per lookup.
+
 // XAtIndex(index, error): the element (already range-checked) converted by
 // the rule; a null element is the empty result without an error.
 template <typename Result, std::size_t Rows>
 Result ConvertedElement(const void* element, unsigned long long index, ErrorSlot error,
-                      const AccessRule<Result, Rows>& rule) {
+                        const AccessRule<Result, Rows>& rule) {
     using Traits = ResultTraits<Result>;
-    if (element == nullptr) return Traits::Empty();
-    HVClassType type = HVObject::ClassTypeNeededForObject(element);
     Result result = Traits::Null();
-    if (!rule.Convert(element, type, result)) {
-        error.Report([&] { return TypeMismatchAtIndex(index, type); });
-        return Traits::Empty();
+    bool converted = false;
+    if (element != nullptr) {
+        HVClassType type = HVObject::ClassTypeNeededForObject(element);
+        converted = rule.Convert(element, type, result);
+        if (!converted) error.Report([&] { return TypeMismatchAtIndex(index, type); });
     }
-    if (Traits::HoldsNothing(result)) return Traits::Empty();
+    if (!converted || Traits::HoldsNothing(result)) result = Traits::Empty();
     return result;
 }
 
-// XForExistingKey(key, error): value is what the raw lookup found (null for
-// a missing key, which the lookup has reported). A null value object counts
-// as missing and is not reported.
+// What a dictionary lookup hands back when it finds no value: the object
+// that holds no reference (XForExistingKey) or the shared empty object of
+// the type (XForKey).
+enum class WhenMissing { Null, Empty };
+
+// XForExistingKey and XForKey: value is what the raw lookup found (null for
+// a missing key, which the lookup has reported when asked to). A null value
+// object counts as missing and is not reported.
 template <typename Result, std::size_t Rows>
-Result ConvertedValue(const void* value, const HVString& key, ErrorSlot error,
-                           const AccessRule<Result, Rows>& rule) {
+Result ConvertedValue(const void* value, const HVString& key, ErrorSlot error, const AccessRule<Result, Rows>& rule,
+                      WhenMissing missing) {
     using Traits = ResultTraits<Result>;
     Result result = Traits::Null();
-    if (value == nullptr) return result;
-    HVClassType type = HVObject::ClassTypeNeededForObject(value);
-    if (type == HVNullClassType) return result;
-    if (!rule.Convert(value, type, result)) error.Report([&] { return TypeMismatchForKey(key, type); });
-    return result;
-}
-
-// XForKey: what holds no reference (or the platform null) becomes the
-// shared empty object of the type.
-template <typename Result>
-Result OrEmpty(Result result) {
-    if (ResultTraits<Result>::HoldsNothing(result)) return ResultTraits<Result>::Empty();
+    if (value != nullptr) {
+        HVClassType type = HVObject::ClassTypeNeededForObject(value);
+        if (type != HVNullClassType && !rule.Convert(value, type, result)) {
+            error.Report([&] { return TypeMismatchForKey(key, type); });
+        }
+    }
+    if (missing == WhenMissing::Empty && Traits::HoldsNothing(result)) result = Traits::Empty();
     return result;
 }
 

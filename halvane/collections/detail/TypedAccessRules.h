@@ -12,9 +12,15 @@
 #include <halvane/collections/HVMutableArray.h>
 #include <halvane/collections/HVMutableDictionary.h>
 #include <halvane/collections/detail/TypedAccess.h>
+#include <halvane/core/HVRetainedObject.h>
 #include <halvane/text/HVString.h>
+#include <halvane/time/HVDate.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
+#include <halvane/values/HVPoint.h>
+#include <halvane/values/HVRect.h>
+#include <halvane/values/HVSize.h>
+#include <halvane/values/HVValue.h>
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -103,6 +109,18 @@ inline void ParsePropertyListText(const void* element, HVClassType, HVDictionary
     result = HVString(element);
 }
 
+// Points, sizes and rectangles are stored as their text ("{1,2}").
+template <typename Geometry>
+void ReadGeometry(const void* element, HVClassType, Geometry& result) {
+    result.Deserialize(HVString(element));
+}
+
+// The object that a retained object's container leads back to; null for
+// anything else (a value of a kind the library cannot name, say).
+inline void CarriedObject(const void* element, HVClassType, HVRetainedObject*& result) {
+    result = HVRetainedObject::RetainedObject(element);
+}
+
 }  // namespace conversions
 
 using namespace conversions;
@@ -117,6 +135,7 @@ inline constexpr auto kMutableArrayAtIndex =
          Accept(HVArrayClassType, AdoptCopy<HVMutableArray, MutableArrayCopy>));
 inline constexpr auto kBoolAtIndex =
     Rule("HVArray::BoolAtIndex", 287, Accept(HVBoolClassType, ReadBool), Accept(HVNumberClassType, ReadBool));
+inline constexpr auto kDateAtIndex = Rule("HVArray::DateAtIndex", 379, Accept(HVDateClassType, Share<HVDate>));
 inline constexpr auto kDataAtIndex =
     Rule("HVArray::DataAtIndex", 311, Accept(HVDataClassType, Share<HVData>),
          Accept(HVMutableDataClassType, AdoptCopy<HVData, ImmutableDataCopy>));
@@ -130,7 +149,15 @@ inline constexpr auto kMutableDictionaryAtIndex =
     Rule("HVArray::MutableDictionaryAtIndex", 441, Accept(HVMutableDictionaryClassType, Share<HVMutableDictionary>),
          Accept(HVDictionaryClassType, AdoptCopy<HVMutableDictionary, MutableDictionaryCopy>));
 inline constexpr auto kNumberAtIndex = Rule("HVArray::NumberAtIndex", 475, Accept(HVNumberClassType, Share<HVNumber>));
+inline constexpr auto kPointAtIndex =
+    Rule("HVArray::PointAtIndex", 503, Accept(HVStringClassType, ReadGeometry<HVPoint>));
+inline constexpr auto kRectAtIndex = Rule("HVArray::RectAtIndex", 533, Accept(HVStringClassType, ReadGeometry<HVRect>));
+inline constexpr auto kRetainedObjectAtIndex =
+    Rule("HVArray::RetainedObjectAtIndex", 563, Accept(HVObjectClassType, CarriedObject),
+         Accept(HVRetainedObjectClassType, CarriedObject));
+inline constexpr auto kSizeAtIndex = Rule("HVArray::SizeAtIndex", 587, Accept(HVStringClassType, ReadGeometry<HVSize>));
 inline constexpr auto kStringAtIndex = Rule("HVArray::StringAtIndex", 617, Accept(HVStringClassType, Share<HVString>));
+inline constexpr auto kValueAtIndex = Rule("HVArray::ValueAtIndex", 645, Accept(HVValueClassType, Share<HVValue>));
 
 // HVDictionary::XForExistingKey (and the XForKey forms built on them)
 
@@ -156,6 +183,9 @@ inline constexpr auto kMutableDataForExistingKey =
          Accept(HVMutableDictionaryClassType, PropertyListBytesOfDictionary),
          Accept(HVStringClassType, UTF8BytesOfText<HVMutableData>),
          Accept(HVObjectClassType, ConvertObject<HVMutableData>));
+inline constexpr auto kDateForExistingKey =
+    Rule("HVDictionary::DateForExistingKey", 853, Accept(HVDateClassType, Share<HVDate>),
+         Accept(HVObjectClassType, ConvertObject<HVDate>));
 inline constexpr auto kDictionaryForExistingKey =
     Rule("HVDictionary::DictionaryForExistingKey", 905, Accept(HVDictionaryClassType, Share<HVDictionary>),
          Accept(HVMutableDictionaryClassType, AdoptCopy<HVDictionary, ImmutableDictionaryCopy>),
@@ -172,10 +202,24 @@ inline constexpr auto kMutableDictionaryForExistingKey =
 inline constexpr auto kNumberForExistingKey =
     Rule("HVDictionary::NumberForExistingKey", 1039, Accept(HVNumberClassType, Share<HVNumber>),
          Accept(HVObjectClassType, ConvertObject<HVNumber>));
+// Geometry is read from the text that StringForKey gives (see
+// GeometryFromText): what reaches the rule is always a string.
+inline constexpr auto kPointForExistingKey =
+    Rule("HVDictionary::PointForExistingKey", 1085, Accept(HVStringClassType, ReadGeometry<HVPoint>));
+inline constexpr auto kRectForExistingKey =
+    Rule("HVDictionary::RectForExistingKey", 1121, Accept(HVStringClassType, ReadGeometry<HVRect>));
+inline constexpr auto kSizeForExistingKey =
+    Rule("HVDictionary::SizeForExistingKey", 1188, Accept(HVStringClassType, ReadGeometry<HVSize>));
 inline constexpr auto kStringForExistingKey =
     Rule("HVDictionary::StringForExistingKey", 1229, Accept(HVStringClassType, Share<HVString>),
          Accept(HVDataClassType, TextOfBytes), Accept(HVMutableDataClassType, TextOfBytes),
          Accept(HVObjectClassType, ConvertObject<HVString>));
+inline constexpr auto kValueForExistingKey =
+    Rule("HVDictionary::ValueForExistingKey", 1287, Accept(HVValueClassType, Share<HVValue>),
+         Accept(HVObjectClassType, ConvertObject<HVValue>));
+// Retained objects are looked up by the XForKey forms only, which never log.
+inline constexpr auto kRetainedObjectForKey =
+    QuietRule(Accept(HVObjectClassType, CarriedObject), Accept(HVRetainedObjectClassType, CarriedObject));
 
 }  // namespace halvane::detail
 
