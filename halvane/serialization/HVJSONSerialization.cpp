@@ -107,10 +107,10 @@ HVObject HVJSONSerialization::ObjectWithJSONData(const HVData& data) {
 }
 
 HVArray HVJSONSerialization::ArrayWithJSONData(const HVData& data, HVError& error) {
-    HVError decodingError;
-    HVObject object = ObjectWithJSONData(data, decodingError);
-    if (decodingError.IsError()) {
-        error = decodingError;
+    HVError failure;
+    HVObject object = ObjectWithJSONData(data, failure);
+    if (failure.IsError()) {
+        error = failure;
     } else if (object.ObjectsClassType() != HVArrayClassType) {
         HVAssertionFailedShort("object.ObjectsClassType() == HVArrayClassType", "HVJSONSerialization::ArrayWithJSONData",
                                kFile, 229);
