@@ -30,6 +30,7 @@
 #include <halvane/collections/HVEnumerator.h>
 #include <halvane/collections/HVMutableArray.h>
 #include <halvane/collections/HVMutableDictionary.h>
+#include <halvane/serialization/HVJSONSerialization.h>
 #include <halvane/serialization/HVPropertyListSerialization.h>
 #include <halvane/errors/HVAssert.h>
 #include <halvane/errors/HVError.h>
