@@ -1,6 +1,6 @@
 // A tour of the library: strings, numbers, data, errors and collections,
 // ending with the everyday job of an application: read its settings
-// property list, change it and write it back. Each section prints what it
+// property list, change it, write it back and hand it on as JSON. Each section prints what it
 // did, so the output reads as a short report.
 #include <halvane/Halvane.h>
 
@@ -131,6 +131,23 @@ void settings(const HVString& folder) {
          reread.Count(), reread.StringForKey("Theme").Ref(), reread.ArrayForKey("RecentDocuments").Count(),
          reread == preferences ? "yes" : "no");
     line(HVString::StringWithContentsOfFileUsingEncoding(copy, HVUTF8StringEncoding));
+
+    heading("Settings as JSON");
+    HVError error;
+    HVData json = HVJSONSerialization::JSONDataWithDictionary(reread, error);
+    HVString jsonFile = folder.StringByAppendingPathComponent("settings.json");
+    json.WriteToFile(jsonFile);
+    line(HVString::StringWithDataUsingEncoding(json, HVUTF8StringEncoding));
+    HVDictionary fromJSON = HVJSONSerialization::DictionaryWithJSONData(HVData::DataWithContentsOfFile(jsonFile));
+    show("%llu bytes written to %@; read back equal to the settings: %s", json.Length(), jsonFile.Ref(),
+         fromJSON == reread ? "yes" : "no");
+
+    // A date has no JSON form: the error says so and nothing is written.
+    HVMutableDictionary withDate(reread);
+    withDate.SetDateForKey(HVDate::Now(), "LastSaved");
+    HVData refused = HVJSONSerialization::JSONDataWithDictionary(withDate, error);
+    show("with a date added: %llu bytes, error %lld: %@", refused.Length(), error.Code(),
+         error.LocalizedFailureReason().Ref());
 }
 
 // A private folder for the files the demonstration writes.
