@@ -31,17 +31,27 @@ struct AccessRule {
     int line;
     std::array<Conversion<Result>, Rows> conversions;
 
+    // The first row that accepts the type; nullptr when none does.
+    const Conversion<Result>* Find(HVClassType type) const {
+        for (const Conversion<Result>& row : conversions) {
+            if (row.type == type) return &row;
+        }
+        return nullptr;
+    }
+
     // Converts by the first row that accepts the type; false when none does.
     bool Convert(const void* element, HVClassType type, Result& result) const {
-        for (const Conversion<Result>& row : conversions) {
-            if (row.type == type) {
-                row.convert(element, type, result);
-                return true;
-            }
-        }
-        return false;
+        const Conversion<Result>* row = Find(type);
+        if (row != nullptr) row->convert(element, type, result);
+        return row != nullptr;
     }
 };
+
+// The conversion of most rows: the result holds the element itself.
+template <typename Result>
+void Share(const void* element, HVClassType type, Result& result) {
+    result.AssignUsingClassType(element, type);
+}
 
 template <typename Result>
 constexpr Conversion<Result> Accept(HVClassType type, void (*convert)(const void*, HVClassType, Result&)) {
@@ -110,6 +120,25 @@ struct ResultTraits {
             return result;
         }
     }
+    // The element itself, retained: what Share makes of a null start, built
+    // in one step.
+    static Result Holding(const void* element) {
+        if constexpr (std::is_base_of_v<HVObject, Result> && std::is_constructible_v<Result, const void* const&>) {
+            return Result(element);
+        } else {
+            return Null();
+        }
+    }
+    // Whether a row's conversion is Share, which Holding() does at once.
+    // Every class with a sharing row wraps a reference the way its
+    // constructor from a platform reference does.
+    static bool Shares(const Conversion<Result>* row) {
+        if constexpr (std::is_base_of_v<HVObject, Result> && std::is_constructible_v<Result, const void* const&>) {
+            return row != nullptr && row->convert == &Share<Result>;
+        } else {
+            return false;
+        }
+    }
     // The shared empty object of the type (the zero value for geometry).
     static Result Empty() { return Result(); }
     static bool HoldsNothing(const Result& result) {
@@ -124,6 +153,8 @@ struct ResultTraits {
 template <typename Pointee>
 struct ResultTraits<Pointee*> {
     static Pointee* Null() { return nullptr; }
+    static Pointee* Holding(const void*) { return nullptr; }
+    static bool Shares(const Conversion<Pointee*>*) { return false; }
     static Pointee* Empty() { return nullptr; }
     static bool HoldsNothing(Pointee* result) { return result == nullptr; }
 };
@@ -138,14 +169,18 @@ template <typename Result, std::size_t Rows>
 Result ConvertedElement(const void* element, unsigned long long index, ErrorSlot error,
                         const AccessRule<Result, Rows>& rule) {
     using Traits = ResultTraits<Result>;
-    Result result = Traits::Null();
-    bool converted = false;
-    if (element != nullptr) {
-        HVClassType type = HVObject::ClassTypeNeededForObject(element);
-        converted = rule.Convert(element, type, result);
-        if (!converted) error.Report([&] { return TypeMismatchAtIndex(index, type); });
+    HVClassType type = element != nullptr ? HVObject::ClassTypeNeededForObject(element) : HVObjectClassType;
+    const Conversion<Result>* row = element != nullptr ? rule.Find(type) : nullptr;
+    const bool shares = Traits::Shares(row);
+    Result result = shares ? Traits::Holding(element) : Traits::Null();
+    if (!shares) {
+        if (row != nullptr) {
+            row->convert(element, type, result);
+        } else if (element != nullptr) {
+            error.Report([&] { return TypeMismatchAtIndex(index, type); });
+        }
+        if (row == nullptr || Traits::HoldsNothing(result)) result = Traits::Empty();
     }
-    if (!converted || Traits::HoldsNothing(result)) result = Traits::Empty();
     return result;
 }
 
@@ -161,14 +196,18 @@ template <typename Result, std::size_t Rows>
 Result ConvertedValue(const void* value, const HVString& key, ErrorSlot error, const AccessRule<Result, Rows>& rule,
                       WhenMissing missing) {
     using Traits = ResultTraits<Result>;
-    Result result = Traits::Null();
-    if (value != nullptr) {
-        HVClassType type = HVObject::ClassTypeNeededForObject(value);
-        if (type != HVNullClassType && !rule.Convert(value, type, result)) {
+    HVClassType type = value != nullptr ? HVObject::ClassTypeNeededForObject(value) : HVNullClassType;
+    const Conversion<Result>* row = type != HVNullClassType ? rule.Find(type) : nullptr;
+    const bool shares = Traits::Shares(row);
+    Result result = shares ? Traits::Holding(value) : Traits::Null();
+    if (!shares) {
+        if (row != nullptr) {
+            row->convert(value, type, result);
+        } else if (type != HVNullClassType) {
             error.Report([&] { return TypeMismatchForKey(key, type); });
         }
+        if (missing == WhenMissing::Empty && Traits::HoldsNothing(result)) result = Traits::Empty();
     }
-    if (missing == WhenMissing::Empty && Traits::HoldsNothing(result)) result = Traits::Empty();
     return result;
 }
 

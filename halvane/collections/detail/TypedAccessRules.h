@@ -31,12 +31,6 @@ namespace halvane::detail {
 
 namespace conversions {
 
-// The result holds the element itself.
-template <typename Result>
-void Share(const void* element, HVClassType type, Result& result) {
-    result.AssignUsingClassType(element, type);
-}
-
 // The result takes over a new copy of the element.
 template <typename Result, CFTypeRef (*Copy)(CFTypeRef)>
 void AdoptCopy(const void* element, HVClassType, Result& result) {
