@@ -258,20 +258,8 @@ bool HVArray::IsNativelyAllowedInPropertyList() const {
     return true;
 }
 
-void HVArray::AssignUnderlyingArray(const void* ref) {
-    if (ref == m_Ref) return;
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = m_ActualClassType;
-    Retain();
-}
+void HVArray::AssignUnderlyingArray(const void* ref) { ReplaceReference(ref, m_ActualClassType); }
 
 void HVArray::AssignUnderlyingArrayAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = m_ActualClassType;
+    ReplaceReferenceTakingOwnership(ref, m_ActualClassType);
 }

@@ -398,22 +398,10 @@ void HVData::Deserialize(const HVString& text) {
 
 bool HVData::IsNativelyAllowedInPropertyList() const { return true; }
 
-void HVData::AssignUnderlyingData(const void* ref) {
-    if (ref == m_Ref) return;
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = m_ActualClassType;
-    Retain();
-}
+void HVData::AssignUnderlyingData(const void* ref) { ReplaceReference(ref, m_ActualClassType); }
 
 void HVData::AssignUnderlyingDataAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = m_ActualClassType;
+    ReplaceReferenceTakingOwnership(ref, m_ActualClassType);
 }
 
 // HVMutableData

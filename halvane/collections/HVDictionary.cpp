@@ -265,20 +265,8 @@ bool HVDictionary::IsNativelyAllowedInPropertyList() const {
     return true;
 }
 
-void HVDictionary::AssignUnderlyingDictionary(const void* ref) {
-    if (ref == m_Ref) return;
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = m_ActualClassType;
-    Retain();
-}
+void HVDictionary::AssignUnderlyingDictionary(const void* ref) { ReplaceReference(ref, m_ActualClassType); }
 
 void HVDictionary::AssignUnderlyingDictionaryAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = m_ActualClassType;
+    ReplaceReferenceTakingOwnership(ref, m_ActualClassType);
 }

@@ -327,6 +327,24 @@ void HVObject::AssignAndTakeOwnership(const void* const& ref) {
     m_Ref = ref;
 }
 
+void HVObject::ReplaceReference(const void* ref, HVClassType type) {
+    if (ref == m_Ref) return;
+    Nullify();
+    m_Ref = ref;
+    m_ClassType = type;
+    Retain();
+}
+
+void HVObject::ReplaceReferenceTakingOwnership(const void* ref, HVClassType type) {
+    if (ref == m_Ref) {
+        if (ref != nullptr) CFRelease(ref);
+        return;
+    }
+    Nullify();
+    m_Ref = ref;
+    m_ClassType = type;
+}
+
 void HVObject::AssignUsingClassType(const void* const& ref, HVClassType type) {
     m_ClassType = type;
     Assign(ref);

@@ -84,6 +84,13 @@ protected:
     HVObject(const HVObject& other, HVClassType type);
 
     HVObject& operator=(const void* const& ref);
+    // What every class's AssignUnderlyingX does: nothing when ref is already
+    // held; otherwise release the old reference, store ref with the given
+    // class type and retain it.
+    void ReplaceReference(const void* ref, HVClassType type);
+    // The same for a reference the caller owns, which passes over; when ref
+    // is already held, that surplus reference is dropped.
+    void ReplaceReferenceTakingOwnership(const void* ref, HVClassType type);
     bool operator==(const void* const& ref) const;
     bool operator!=(const void* const& ref) const;
 

@@ -130,21 +130,8 @@ HVCharacterSet::operator const __CFCharacterSet*() const {
     return asSet(m_Ref);
 }
 
-void HVCharacterSet::AssignUnderlyingSet(const void* ref) {
-    if (ref == m_Ref) return;
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVCharacterSetClassType;
-    Retain();
-}
+void HVCharacterSet::AssignUnderlyingSet(const void* ref) { ReplaceReference(ref, HVCharacterSetClassType); }
 
 void HVCharacterSet::AssignUnderlyingSetAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        // Already held: the surplus reference is dropped.
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVCharacterSetClassType;
+    ReplaceReferenceTakingOwnership(ref, HVCharacterSetClassType);
 }

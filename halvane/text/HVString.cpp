@@ -460,23 +460,10 @@ HVString& HVString::operator=(const __CFString* ref) {
     return *this;
 }
 
-void HVString::AssignUnderlyingString(const void* ref) {
-    if (ref == m_Ref) return;
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVStringClassType;
-    Retain();
-}
+void HVString::AssignUnderlyingString(const void* ref) { ReplaceReference(ref, HVStringClassType); }
 
 void HVString::AssignUnderlyingStringAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        // Already held: the surplus reference is dropped.
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVStringClassType;
+    ReplaceReferenceTakingOwnership(ref, HVStringClassType);
 }
 
 // Appending

@@ -211,22 +211,10 @@ bool HVDate::IsNativelyAllowedInPropertyList() const {
     return true;
 }
 
-void HVDate::AssignUnderlyingDate(const void* ref) {
-    if (ref == m_Ref) return;
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVDateClassType;
-    Retain();
-}
+void HVDate::AssignUnderlyingDate(const void* ref) { ReplaceReference(ref, HVDateClassType); }
 
 void HVDate::AssignUnderlyingDateAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVDateClassType;
+    ReplaceReferenceTakingOwnership(ref, HVDateClassType);
 }
 
 double HVDate::AbsoluteTime() const {

@@ -122,15 +122,7 @@ HVNumber HVNumber::NumberWithDouble(double value) {
 // Assignment.
 
 void HVNumber::AssignUnderlyingNumberAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        // Already held (the platform shares some numbers, 1.0 for one): the
-        // surplus reference is dropped.
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVNumberClassType;
+    ReplaceReferenceTakingOwnership(ref, HVNumberClassType);
 }
 
 void HVNumber::AssignNewNumber(int typeCode, const void* value) {

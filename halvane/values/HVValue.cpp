@@ -196,11 +196,5 @@ void HVValue::Deserialize(const HVString& text) {
 }
 
 void HVValue::AssignUnderlyingValueAndTakeOwnership(const void* ref) {
-    if (ref == m_Ref) {
-        if (ref != nullptr) CFRelease(ref);
-        return;
-    }
-    Nullify();
-    m_Ref = ref;
-    m_ClassType = HVValueClassType;
+    ReplaceReferenceTakingOwnership(ref, HVValueClassType);
 }
