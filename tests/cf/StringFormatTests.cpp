@@ -305,7 +305,7 @@ TEST(StringFormat, PositionalArgumentsCanBeReordered) {
     // Widths and precisions by position.
     EXPECT_EQ(formattedASCII(CFSTR("[%1$*2$d][%1$-*2$d][%3$.*2$f]"), 42, 5, 3.14159), "[   42][42   ][3.14159]");
     EXPECT_EQ(formattedASCII(CFSTR("[%2$*1$.*3$f]"), 8, 3.14159, 2), "[    3.14]");
-    // A position no specification names is stepped over.
+    // A position no directive names is stepped over.
     EXPECT_EQ(formattedASCII(CFSTR("%3$d %1$d"), 1, 2, 3), "3 1");
 }
 
@@ -338,7 +338,7 @@ TEST(StringFormat, FormatTextMayBeAnyUnicode) {
     EXPECT_EQ(formattedASCII(CFSTR("a\0b%d"), 1), std::string("a\0b1", 4));
 }
 
-TEST(StringFormat, ManySpecificationsAndLongResults) {
+TEST(StringFormat, ManyDirectivesAndLongResults) {
     std::string expected;
     for (int k = 0; k < 40; ++k) expected += std::to_string(k) + ",";
     EXPECT_EQ(formattedASCII(CFSTR("%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,"

@@ -2,8 +2,8 @@
 // fixed list of arguments.
 //
 // The input is never used as a format directly: a '%' in it starts a
-// specification whose parts (conversion, length modifier, flags, width,
-// precision) are chosen by the bytes after it, and the specification is
+// directive whose parts (conversion, length modifier, flags, width,
+// precision) are chosen by the bytes after it, and the directive is
 // written out with an explicit position that names an argument of exactly
 // the type the conversion reads. Every other byte is literal text. A
 // trailer names every argument once more with its own type, so no argument
@@ -118,7 +118,7 @@ int slotFor(Reads reads, const char* size, uint8_t choice) {
     return 0;
 }
 
-void appendSpecification(Built& built, Input& input) {
+void appendDirective(Built& built, Input& input) {
     const Conversion& conversion = kConversions[input.next() % std::size(kConversions)];
     uint8_t sizeChoice = input.next(), flagBits = input.next(), widthMode = input.next(), width = input.next();
     uint8_t precisionMode = input.next(), precision = input.next(), slotChoice = input.next();
@@ -154,7 +154,7 @@ Built buildFormat(const uint8_t* data, size_t size) {
     while (!input.done()) {
         uint8_t byte = input.next();
         if (byte == '%') {
-            appendSpecification(built, input);
+            appendDirective(built, input);
         } else {
             built.format += char(byte);
         }

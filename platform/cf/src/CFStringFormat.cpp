@@ -1,9 +1,9 @@
 // CFStringCreateWithFormat and friends: printf-style formatting into UTF-16
 // text, with %@ for objects.
 //
-// A format is handled in three steps. Parsing records every specification
+// A format is handled in three steps. Parsing records every directive
 // and the type of every argument it names; the variable arguments are then
-// read once, in order (positional specifications may name them in any order
+// read once, in order (positional directives may name them in any order
 // and more than once); finally the output is built in one buffer and turned
 // into a string. Integers are formatted here, floating-point numbers with
 // std::to_chars or, for the rarer forms, by the C library switched to the C
@@ -33,7 +33,7 @@ enum class ValueSize : uint8_t { Default, Char, Short, Long, LongDouble };
 enum class ArgumentType : uint8_t { Unused, Int, Long, Double, LongDouble, Pointer };
 
 enum class Conversion : uint8_t {
-    Nothing,     // incomplete specification at the end of the format
+    Nothing,     // incomplete directive at the end of the format
     Literal,     // %% and unknown conversions: one unit printed as it is
     Object,      // %@
     Signed,      // %d %i %D
@@ -55,7 +55,7 @@ constexpr int64_t kMaximumPosition = 127;
 // overflow whatever it was meant for.
 constexpr int64_t kSaturatedNumber = int64_t(1) << 40;
 
-struct Specification {
+struct Directive {
     CFIndex begin;  // the '%'
     CFIndex end;    // one past the conversion character
     Conversion conversion;
@@ -100,8 +100,8 @@ private:
     T* data_ = inline_;
 };
 
-constexpr size_t kInlineSpecifications = 16;
-constexpr size_t kInlineArguments = 3 * kInlineSpecifications + 1;
+constexpr size_t kInlineDirectives = 16;
+constexpr size_t kInlineArguments = 3 * kInlineDirectives + 1;
 
 enum class ParseOutcome { Formatted, GiveUp, Overflow };
 
@@ -132,12 +132,12 @@ int64_t readPosition(const Unit* format, CFIndex length, CFIndex& i) {
     return position;
 }
 
-// The specifications of a format and the types of the arguments they name.
+// The directives of a format and the types of the arguments they name.
 class FormatParser {
 public:
-    FormatParser(ScratchArray<Specification, kInlineSpecifications>& specifications,
+    FormatParser(ScratchArray<Directive, kInlineDirectives>& directives,
                  ScratchArray<Argument, kInlineArguments>& arguments, size_t argumentCapacity)
-        : specifications_(specifications), arguments_(arguments), argumentCapacity_(argumentCapacity) {
+        : directives_(directives), arguments_(arguments), argumentCapacity_(argumentCapacity) {
         for (size_t k = 0; k < argumentCapacity; ++k) arguments_[k].type = ArgumentType::Unused;
     }
 
@@ -145,8 +145,8 @@ public:
     ParseOutcome parse(const Unit* format, CFIndex length) {
         for (CFIndex i = 0; i < length; ++i) {
             if (format[i] != '%') continue;
-            Specification& spec = specifications_[specificationCount_++];
-            i = parseSpecification(format, length, i, spec);
+            Directive& directive = directives_[directiveCount_++];
+            i = parseDirective(format, length, i, directive);
             --i;  // the loop steps past the conversion character
         }
         if (overflow_) return ParseOutcome::Overflow;
@@ -154,21 +154,21 @@ public:
         return ParseOutcome::Formatted;
     }
 
-    size_t specificationCount() const { return specificationCount_; }
+    size_t directiveCount() const { return directiveCount_; }
     size_t argumentCount() const { return argumentCount_; }
     int64_t overflowValue() const { return overflowValue_; }
     bool overflowIsPosition() const { return overflowIsPosition_; }
 
 private:
-    // Parses the specification starting at the '%' at begin; returns the
+    // Parses the directive starting at the '%' at begin; returns the
     // index just past it.
     template <typename Unit>
-    CFIndex parseSpecification(const Unit* format, CFIndex length, CFIndex begin, Specification& spec) {
-        spec = Specification{};  // Conversion::Nothing, no flags, default size
-        spec.begin = begin;
-        spec.end = length;
-        spec.width = spec.precision = kNoValue;
-        spec.widthArgument = spec.precisionArgument = spec.valueArgument = kNoArgument;
+    CFIndex parseDirective(const Unit* format, CFIndex length, CFIndex begin, Directive& directive) {
+        directive = Directive{};  // Conversion::Nothing, no flags, default size
+        directive.begin = begin;
+        directive.end = length;
+        directive.width = directive.precision = kNoValue;
+        directive.widthArgument = directive.precisionArgument = directive.valueArgument = kNoArgument;
         CFIndex i = begin + 1;
         // Arguments are assigned only once the conversion is known to take
         // one, so that "%*k" or a "%5" at the end reads nothing.
@@ -180,15 +180,15 @@ private:
         for (; i < length; ++i) {
             Unit c = format[i];
             if (c == '-') {
-                spec.flags |= kLeftJustify;
+                directive.flags |= kLeftJustify;
             } else if (c == '+') {
-                spec.flags |= kPlusSign;
+                directive.flags |= kPlusSign;
             } else if (c == ' ') {
-                spec.flags |= kSpaceSign;
+                directive.flags |= kSpaceSign;
             } else if (c == '0') {
-                spec.flags |= kZeroPad;
+                directive.flags |= kZeroPad;
             } else if (c == '#') {
-                spec.flags |= kAlternateForm;
+                directive.flags |= kAlternateForm;
             } else {
                 break;
             }
@@ -198,7 +198,7 @@ private:
             widthFromArgument = true;
             widthPosition = readPosition(format, length, i);
         } else if (i < length && isDigit(format[i])) {
-            spec.width = checkedNumber(readNumber(format, length, i));
+            directive.width = checkedNumber(readNumber(format, length, i));
         }
         if (i < length && format[i] == '.') {
             ++i;
@@ -207,25 +207,25 @@ private:
                 precisionFromArgument = true;
                 precisionPosition = readPosition(format, length, i);
             } else {
-                spec.precision = checkedNumber(readNumber(format, length, i));
+                directive.precision = checkedNumber(readNumber(format, length, i));
             }
         }
-        i = parseSize(format, length, i, spec.size);
+        i = parseSize(format, length, i, directive.size);
         if (i >= length) {
             nextSequential_ = sequentialBefore;
             return length;
         }
-        spec.end = i + 1;
-        ArgumentType valueType = classify(format[i], spec);
+        directive.end = i + 1;
+        ArgumentType valueType = classify(format[i], directive);
         if (valueType == ArgumentType::Unused) {
             nextSequential_ = sequentialBefore;
-            return spec.end;
+            return directive.end;
         }
         // Width before precision before the value, as printf reads them.
-        if (widthFromArgument) spec.widthArgument = assign(widthPosition, ArgumentType::Int);
-        if (precisionFromArgument) spec.precisionArgument = assign(precisionPosition, ArgumentType::Int);
-        spec.valueArgument = assign(valuePosition, valueType);
-        return spec.end;
+        if (widthFromArgument) directive.widthArgument = assign(widthPosition, ArgumentType::Int);
+        if (precisionFromArgument) directive.precisionArgument = assign(precisionPosition, ArgumentType::Int);
+        directive.valueArgument = assign(valuePosition, valueType);
+        return directive.end;
     }
 
     template <typename Unit>
@@ -256,37 +256,37 @@ private:
         }
     }
 
-    // Sets the conversion of spec from its character; returns the type of
+    // Sets the conversion of directive from its character; returns the type of
     // the value it reads (Unused when it reads none).
     template <typename Unit>
-    static ArgumentType classify(Unit c, Specification& spec) {
+    static ArgumentType classify(Unit c, Directive& directive) {
         // Integers: int unless a length modifier says long; "L" reads a
         // long long, as the C library does with the same text.
         ArgumentType integer =
-            (spec.size == ValueSize::Default || spec.size == ValueSize::Char || spec.size == ValueSize::Short)
+            (directive.size == ValueSize::Default || directive.size == ValueSize::Char || directive.size == ValueSize::Short)
                 ? ArgumentType::Int
                 : ArgumentType::Long;
         switch (c) {
             case 'd':
             case 'i':
             case 'D':
-                spec.conversion = Conversion::Signed;
-                spec.letter = 'd';
+                directive.conversion = Conversion::Signed;
+                directive.letter = 'd';
                 return integer;
             case 'u':
             case 'U':
-                spec.conversion = Conversion::Unsigned;
-                spec.letter = 'u';
+                directive.conversion = Conversion::Unsigned;
+                directive.letter = 'u';
                 return integer;
             case 'o':
             case 'O':
-                spec.conversion = Conversion::Unsigned;
-                spec.letter = 'o';
+                directive.conversion = Conversion::Unsigned;
+                directive.letter = 'o';
                 return integer;
             case 'x':
             case 'X':
-                spec.conversion = Conversion::Unsigned;
-                spec.letter = char(c);
+                directive.conversion = Conversion::Unsigned;
+                directive.letter = char(c);
                 return integer;
             case 'f':
             case 'F':
@@ -296,35 +296,35 @@ private:
             case 'G':
             case 'a':
             case 'A':
-                spec.conversion = Conversion::Floating;
-                spec.letter = char(c);
-                return spec.size == ValueSize::LongDouble ? ArgumentType::LongDouble : ArgumentType::Double;
+                directive.conversion = Conversion::Floating;
+                directive.letter = char(c);
+                return directive.size == ValueSize::LongDouble ? ArgumentType::LongDouble : ArgumentType::Double;
             case 'c':
-                spec.conversion = Conversion::Char;
+                directive.conversion = Conversion::Char;
                 return ArgumentType::Int;
             case 'C':
-                spec.conversion = Conversion::Unit;
+                directive.conversion = Conversion::Unit;
                 return ArgumentType::Int;
             case 's':
-                spec.conversion = Conversion::CString;
+                directive.conversion = Conversion::CString;
                 return ArgumentType::Pointer;
             case 'S':
-                spec.conversion = Conversion::UnitString;
+                directive.conversion = Conversion::UnitString;
                 return ArgumentType::Pointer;
             case 'p':
-                spec.conversion = Conversion::Pointer;
-                spec.letter = 'p';
+                directive.conversion = Conversion::Pointer;
+                directive.letter = 'p';
                 return ArgumentType::Pointer;
             case 'n':
-                spec.conversion = Conversion::Count;
+                directive.conversion = Conversion::Count;
                 return ArgumentType::Pointer;
             case '@':
-                spec.conversion = Conversion::Object;
+                directive.conversion = Conversion::Object;
                 return ArgumentType::Pointer;
             default:
                 // "%%" prints '%'; any other character prints itself.
-                spec.conversion = Conversion::Literal;
-                spec.literal = UniChar(c);
+                directive.conversion = Conversion::Literal;
+                directive.literal = UniChar(c);
                 return ArgumentType::Unused;
         }
     }
@@ -361,10 +361,10 @@ private:
         return int32_t(slot);
     }
 
-    ScratchArray<Specification, kInlineSpecifications>& specifications_;
+    ScratchArray<Directive, kInlineDirectives>& directives_;
     ScratchArray<Argument, kInlineArguments>& arguments_;
     size_t argumentCapacity_;
-    size_t specificationCount_ = 0;
+    size_t directiveCount_ = 0;
     size_t argumentCount_ = 0;
     size_t nextSequential_ = 0;
     bool giveUp_ = false;
@@ -395,7 +395,7 @@ void readArguments(ScratchArray<Argument, kInlineArguments>& arguments, size_t c
                 argument.pointer = va_arg(ap, const void*);
                 break;
             case ArgumentType::Unused:
-                // No specification names this position: step over a
+                // No directive names this position: step over a
                 // pointer-sized value to reach the ones after it.
                 argument.integer = va_arg(ap, long);
                 break;
@@ -579,14 +579,14 @@ public:
         : text_(output.text()), builder_(output.builder()), formatOptions_(formatOptions), arguments_(arguments) {}
 
     template <typename Unit>
-    void render(const Unit* format, CFIndex length, const ScratchArray<Specification, kInlineSpecifications>& specs,
+    void render(const Unit* format, CFIndex length, const ScratchArray<Directive, kInlineDirectives>& directives,
                 size_t count) {
         CFIndex literalStart = 0;
         for (size_t k = 0; k < count; ++k) {
-            const Specification& spec = specs[k];
-            appendLiteral(format + literalStart, spec.begin - literalStart);
-            convert(spec);
-            literalStart = spec.end;
+            const Directive& directive = directives[k];
+            appendLiteral(format + literalStart, directive.begin - literalStart);
+            convert(directive);
+            literalStart = directive.end;
         }
         appendLiteral(format + literalStart, length - literalStart);
     }
@@ -601,34 +601,34 @@ private:
 
     const Argument& argument(int32_t slot) const { return arguments_[size_t(slot)]; }
 
-    void convert(const Specification& spec) {
-        uint8_t flags = spec.flags;
-        int width = spec.width;
-        int precision = spec.precision;
-        if (spec.widthArgument != kNoArgument) {
-            int64_t value = int32_t(integerOf(argument(spec.widthArgument)));
+    void convert(const Directive& directive) {
+        uint8_t flags = directive.flags;
+        int width = directive.width;
+        int precision = directive.precision;
+        if (directive.widthArgument != kNoArgument) {
+            int64_t value = int32_t(integerOf(argument(directive.widthArgument)));
             // A negative width from an argument means left-justified.
             if (value < 0) flags |= kLeftJustify;
             width = int(std::min<int64_t>(value < 0 ? -value : value, INT32_MAX));
         }
-        if (spec.precisionArgument != kNoArgument) {
-            int64_t value = int32_t(integerOf(argument(spec.precisionArgument)));
+        if (directive.precisionArgument != kNoArgument) {
+            int64_t value = int32_t(integerOf(argument(directive.precisionArgument)));
             precision = value < 0 ? kNoValue : int(value);
         }
 
-        switch (spec.conversion) {
+        switch (directive.conversion) {
             case Conversion::Nothing:
             case Conversion::Count:
                 break;
             case Conversion::Literal:
-                text_.push_back(spec.literal);
+                text_.push_back(directive.literal);
                 break;
             case Conversion::Object:
-                appendObject(pointerOf(argument(spec.valueArgument)));
+                appendObject(pointerOf(argument(directive.valueArgument)));
                 break;
             case Conversion::Signed: {
-                int64_t value = integerOf(argument(spec.valueArgument));
-                switch (spec.size) {
+                int64_t value = integerOf(argument(directive.valueArgument));
+                switch (directive.size) {
                     case ValueSize::Char:
                         value = int8_t(value);
                         break;
@@ -642,12 +642,12 @@ private:
                         break;
                 }
                 uint64_t magnitude = value < 0 ? uint64_t(-(value + 1)) + 1 : uint64_t(value);
-                appendInteger(text_, magnitude, value < 0, spec.letter, flags, width, precision);
+                appendInteger(text_, magnitude, value < 0, directive.letter, flags, width, precision);
                 break;
             }
             case Conversion::Unsigned: {
-                uint64_t value = uint64_t(integerOf(argument(spec.valueArgument)));
-                switch (spec.size) {
+                uint64_t value = uint64_t(integerOf(argument(directive.valueArgument)));
+                switch (directive.size) {
                     case ValueSize::Char:
                         value = uint8_t(value);
                         break;
@@ -660,21 +660,21 @@ private:
                     default:
                         break;
                 }
-                appendInteger(text_, value, false, spec.letter, flags, width, precision);
+                appendInteger(text_, value, false, directive.letter, flags, width, precision);
                 break;
             }
             case Conversion::Pointer: {
-                auto address = uint64_t(reinterpret_cast<uintptr_t>(pointerOf(argument(spec.valueArgument))));
+                auto address = uint64_t(reinterpret_cast<uintptr_t>(pointerOf(argument(directive.valueArgument))));
                 appendInteger(text_, address, false, 'p', flags & (kLeftJustify | kZeroPad), width, precision);
                 break;
             }
             case Conversion::Floating:
-                appendFloating(spec, argument(spec.valueArgument), flags, width, precision);
+                appendFloating(directive, argument(directive.valueArgument), flags, width, precision);
                 break;
             case Conversion::Char: {
                 // One byte, read as Latin-1; a NUL ends the text as it would
                 // end a C string.
-                auto byte = uint8_t(integerOf(argument(spec.valueArgument)));
+                auto byte = uint8_t(integerOf(argument(directive.valueArgument)));
                 if (byte != 0) {
                     size_t start = text_.size();
                     text_.push_back(char16_t(byte));
@@ -685,14 +685,14 @@ private:
                 break;
             }
             case Conversion::Unit:
-                text_.push_back(UniChar(integerOf(argument(spec.valueArgument))));
+                text_.push_back(UniChar(integerOf(argument(directive.valueArgument))));
                 break;
             case Conversion::CString:
-                appendCString(static_cast<const char*>(pointerOf(argument(spec.valueArgument))), flags, width,
+                appendCString(static_cast<const char*>(pointerOf(argument(directive.valueArgument))), flags, width,
                               precision);
                 break;
             case Conversion::UnitString:
-                appendUnitString(static_cast<const UniChar*>(pointerOf(argument(spec.valueArgument))), flags, width,
+                appendUnitString(static_cast<const UniChar*>(pointerOf(argument(directive.valueArgument))), flags, width,
                                  precision);
                 break;
         }
@@ -735,12 +735,12 @@ private:
         padField(text_, start, width, flags);
     }
 
-    void appendFloating(const Specification& spec, const Argument& value, uint8_t flags, int width, int precision) {
+    void appendFloating(const Directive& directive, const Argument& value, uint8_t flags, int width, int precision) {
         size_t start = text_.size();
         if (value.type == ArgumentType::LongDouble ||
-            !appendFloatingWithToChars(text_, spec.letter, value.type == ArgumentType::Double ? value.real : 0.0, flags,
+            !appendFloatingWithToChars(text_, directive.letter, value.type == ArgumentType::Double ? value.real : 0.0, flags,
                                        width, precision)) {
-            appendPrintfFloating(spec.letter, value, flags, width, precision);
+            appendPrintfFloating(directive.letter, value, flags, width, precision);
         }
         applyDecimalSeparator(start);
     }
@@ -806,13 +806,13 @@ FormatResult formatUnits(OutputText& output, CFDictionaryRef formatOptions, cons
         }
         return FormatResult::Text;
     }
-    // Every specification starts with a '%' and reads at most three
+    // Every directive starts with a '%' and reads at most three
     // arguments (width, precision, value); positions beyond that cannot
     // belong to this format.
     size_t argumentCapacity = 3 * percentCount + 1;
-    ScratchArray<Specification, kInlineSpecifications> specifications(percentCount);
+    ScratchArray<Directive, kInlineDirectives> directives(percentCount);
     ScratchArray<Argument, kInlineArguments> values(argumentCapacity);
-    FormatParser parser(specifications, values, argumentCapacity);
+    FormatParser parser(directives, values, argumentCapacity);
     switch (parser.parse(format, length)) {
         case ParseOutcome::Overflow:
             reportMisuse("ERROR: Failed to format string: %s %lld is too large",
@@ -825,7 +825,7 @@ FormatResult formatUnits(OutputText& output, CFDictionaryRef formatOptions, cons
             break;
     }
     readArguments(values, parser.argumentCount(), arguments);
-    FormatRenderer(output, formatOptions, values).render(format, length, specifications, parser.specificationCount());
+    FormatRenderer(output, formatOptions, values).render(format, length, directives, parser.directiveCount());
     return FormatResult::Text;
 }
 
