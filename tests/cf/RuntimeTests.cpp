@@ -104,6 +104,10 @@ CFTypeID plainType() {
     static CFTypeID typeID = _CFRuntimeRegisterClass(&plainClass);
     return typeID;
 }
+CFTypeID manualType() {
+    static CFTypeID typeID = _CFRuntimeRegisterClass(&manualClass);
+    return typeID;
+}
 
 }  // namespace
 
@@ -205,8 +209,7 @@ TEST(Runtime, DescriptionsUseTheCallbackOrTheClassNameAndAddresses) {
 }
 
 TEST(Runtime, CustomReferenceCountingIsDelegated) {
-    static CFTypeID typeID = _CFRuntimeRegisterClass(&manualClass);
-    auto* m = static_cast<Manual*>(const_cast<void*>(_CFRuntimeCreateInstance(nullptr, typeID, 8, nullptr)));
+    auto* m = static_cast<Manual*>(const_cast<void*>(_CFRuntimeCreateInstance(nullptr, manualType(), 8, nullptr)));
     ASSERT_NE(m, nullptr);
     m->count = 1;
     CFRetain(m);
@@ -248,6 +251,97 @@ TEST(Runtime, ReferenceCountingIsAtomic) {
     EXPECT_EQ(CFGetRetainCount(counter), 5);
     for (int i = 0; i < 5; ++i) CFRelease(counter);
     EXPECT_EQ(finalizeCalls, 1);
+}
+
+#if defined(HALVANE_CF_KNOWS_SINGLE_THREADED)
+// Counts are updated without a lock only until a second thread exists; the
+// check runs in a freshly started copy of this program, which has one.
+TEST(Runtime, PlainCountsEndWhenASecondThreadStarts) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            bool alone = _CFRuntimeIsSingleThreaded();
+            std::atomic<bool> stop{false};
+            std::thread second([&stop] {
+                while (!stop) std::this_thread::yield();
+            });
+            bool accompanied = !_CFRuntimeIsSingleThreaded();
+            stop = true;
+            second.join();
+            std::exit(alone && accompanied ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+#endif
+
+// The in-place forms keep the same count as the library's functions, in a
+// process with one thread and after a second one has started.
+TEST(Runtime, InPlaceRetainAndReleaseKeepTheLibrarysCount) {
+    CFTypeID typeID = counterType();
+    finalizeCalls = 0;
+    Counter* counter = newCounter(typeID, 7);
+    EXPECT_EQ(_CFRuntimeGetTypeID(counter), typeID);
+    EXPECT_EQ(_CFRuntimeGetTypeID(counter), CFGetTypeID(counter));
+    EXPECT_EQ(_CFRuntimeGetTypeID(CFSTR("x")), CFStringGetTypeID());
+    EXPECT_EQ(_CFRuntimeGetTypeID(nullptr), 0u);
+
+    EXPECT_EQ(_CFRuntimeRetain(counter), counter);
+    CFRetain(counter);
+    EXPECT_EQ(CFGetRetainCount(counter), 3);
+    _CFRuntimeRelease(counter);
+    CFRelease(counter);
+    EXPECT_EQ(CFGetRetainCount(counter), 1);
+    EXPECT_EQ(finalizeCalls, 0);
+
+    // A second thread turns every later update into a locked one; the
+    // counts written before it started are what it sees.
+    std::thread([counter] {
+        for (int i = 0; i < 1000; ++i) _CFRuntimeRetain(counter);
+    }).join();
+    EXPECT_FALSE(_CFRuntimeIsSingleThreaded());
+    EXPECT_EQ(CFGetRetainCount(counter), 1001);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([counter] {
+            for (int i = 0; i < 100000; ++i) {
+                _CFRuntimeRetain(counter);
+                _CFRuntimeRelease(counter);
+            }
+            for (int i = 0; i < 250; ++i) _CFRuntimeRelease(counter);
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(CFGetRetainCount(counter), 1);
+    EXPECT_EQ(finalizeCalls, 0);
+    // The last release, in place or not, frees the object.
+    _CFRuntimeRelease(counter);
+    EXPECT_EQ(finalizeCalls, 1);
+}
+
+// Objects that keep no count of the runtime's own go to the library's
+// functions from the in-place forms too.
+TEST(Runtime, InPlaceRetainAndReleaseLeaveUncountedObjectsToTheirClass) {
+    _CFRuntimeRetain(nullptr);
+    _CFRuntimeRelease(nullptr);
+
+    static Counter staticCounter;
+    _CFRuntimeInitStaticInstance(&staticCounter, counterType());
+    finalizeCalls = 0;
+    _CFRuntimeRetain(&staticCounter);
+    _CFRuntimeRelease(&staticCounter);
+    _CFRuntimeRelease(&staticCounter);
+    EXPECT_EQ(CFGetRetainCount(&staticCounter), 0x0FFFFFFFFFFFFFFFL);
+    EXPECT_EQ(finalizeCalls, 0);
+
+    manualFrees = 0;
+    auto* m = static_cast<Manual*>(const_cast<void*>(_CFRuntimeCreateInstance(nullptr, manualType(), 8, nullptr)));
+    ASSERT_NE(m, nullptr);
+    m->count = 1;
+    _CFRuntimeRetain(m);
+    EXPECT_EQ(m->count, 2);
+    _CFRuntimeRelease(m);
+    _CFRuntimeRelease(m);
+    EXPECT_EQ(manualFrees, 1);
 }
 
 TEST(Runtime, StaticInstancesAreImmortal) {

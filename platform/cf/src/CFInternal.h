@@ -49,9 +49,9 @@ inline constexpr CFIndex kImmortalRetainCount = 0x0FFFFFFFFFFFFFFFL;
 // Layout of CFRuntimeBase::_cfisa: the type ID in the low 32 bits, runtime
 // flags above it, and bits the owning class may use (fixed at creation,
 // because retain and release read the word without synchronisation).
-inline constexpr uintptr_t kTypeIDMask = 0xFFFFFFFFu;
-inline constexpr uintptr_t kImmortalFlag = uintptr_t(1) << 32;
-inline constexpr uintptr_t kCustomRefCountFlag = uintptr_t(1) << 33;
+inline constexpr uintptr_t kTypeIDMask = _kCFRuntimeTypeIDMask;
+inline constexpr uintptr_t kImmortalFlag = _kCFRuntimeImmortalFlag;
+inline constexpr uintptr_t kCustomRefCountFlag = _kCFRuntimeCustomRefCountFlag;
 inline constexpr unsigned kClassBitsShift = 40;
 
 inline const CFRuntimeBase* runtimeBase(CFTypeRef cf) { return static_cast<const CFRuntimeBase*>(cf); }

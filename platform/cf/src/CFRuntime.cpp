@@ -55,8 +55,33 @@ void deallocateInstance(CFTypeRef cf) {
     std::free(const_cast<void*>(cf));
 }
 
-std::atomic_ref<uint64_t> retainCountOf(CFTypeRef cf) {
-    return std::atomic_ref<uint64_t>(const_cast<CFRuntimeBase*>(runtimeBase(cf))->_cfinfoa);
+uint64_t& retainCountOf(CFTypeRef cf) { return const_cast<CFRuntimeBase*>(runtimeBase(cf))->_cfinfoa; }
+
+// A count needs locked updates only once a second thread could hold the
+// object; before that a plain update spares retain and release a locked
+// instruction, which also stops the processor from overlapping the work
+// around them.
+void incrementRetainCount(CFTypeRef cf) {
+    uint64_t& count = retainCountOf(cf);
+    if (_CFRuntimeIsSingleThreaded()) {
+        ++count;
+    } else {
+        std::atomic_ref<uint64_t>(count).fetch_add(1, std::memory_order_relaxed);
+    }
+}
+
+// Immortal objects keep no count; a class with its own count is asked to
+// change it.
+[[gnu::noinline]] CFTypeRef adjustUncountedRetainCount(CFTypeRef cf, uintptr_t isa, int change) {
+    if ((isa & kImmortalFlag) == 0) classOf(isa & kTypeIDMask)->refcount(change, cf);
+    return cf;
+}
+
+// True when the count reached zero.
+bool decrementRetainCount(CFTypeRef cf) {
+    uint64_t& count = retainCountOf(cf);
+    if (_CFRuntimeIsSingleThreaded()) return --count == 0;
+    return std::atomic_ref<uint64_t>(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
 }
 
 }  // namespace
@@ -176,27 +201,24 @@ CFStringRef CFCopyTypeIDDescription(CFTypeID typeID) {
     return createStringFromASCII(kCFAllocatorSystemDefault, cls->className, CFIndex(std::strlen(cls->className)));
 }
 
+// Retain and release keep their common path free of calls and of a stack
+// frame; immortal objects and custom counts are the rare cases.
 CFTypeRef CFRetain(CFTypeRef cf) {
     if (cf == nullptr) return nullptr;
     uintptr_t isa = runtimeBase(cf)->_cfisa;
-    if (isa & kImmortalFlag) return cf;
-    if (isa & kCustomRefCountFlag) {
-        classOf(isa & kTypeIDMask)->refcount(+1, cf);
-        return cf;
-    }
-    retainCountOf(cf).fetch_add(1, std::memory_order_relaxed);
+    if ((isa & (kImmortalFlag | kCustomRefCountFlag)) != 0) return adjustUncountedRetainCount(cf, isa, +1);
+    incrementRetainCount(cf);
     return cf;
 }
 
 void CFRelease(CFTypeRef cf) {
     if (cf == nullptr) return;
     uintptr_t isa = runtimeBase(cf)->_cfisa;
-    if (isa & kImmortalFlag) return;
-    if (isa & kCustomRefCountFlag) {
-        classOf(isa & kTypeIDMask)->refcount(-1, cf);
-        return;
+    if ((isa & (kImmortalFlag | kCustomRefCountFlag)) != 0) {
+        adjustUncountedRetainCount(cf, isa, -1);
+    } else if (decrementRetainCount(cf)) {
+        deallocateInstance(cf);
     }
-    if (retainCountOf(cf).fetch_sub(1, std::memory_order_acq_rel) == 1) deallocateInstance(cf);
 }
 
 CFIndex CFGetRetainCount(CFTypeRef cf) {
@@ -204,7 +226,7 @@ CFIndex CFGetRetainCount(CFTypeRef cf) {
     uintptr_t isa = runtimeBase(cf)->_cfisa;
     if (isa & kImmortalFlag) return kImmortalRetainCount;
     if (isa & kCustomRefCountFlag) return classOf(isa & kTypeIDMask)->refcount(0, cf);
-    return CFIndex(retainCountOf(cf).load(std::memory_order_relaxed));
+    return CFIndex(std::atomic_ref<uint64_t>(retainCountOf(cf)).load(std::memory_order_relaxed));
 }
 
 Boolean CFEqual(CFTypeRef cf1, CFTypeRef cf2) {

@@ -10,6 +10,13 @@
 #include <CoreFoundation/CFBase.h>
 #include <CoreFoundation/CFDictionary.h>
 
+#if defined(__has_include)
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#define HALVANE_CF_KNOWS_SINGLE_THREADED 1
+#endif
+#endif
+
 CF_EXTERN_C_BEGIN
 
 enum {
@@ -48,6 +55,52 @@ typedef struct __CFRuntimeBase {
     uintptr_t _cfisa;
     uint64_t _cfinfoa;
 } CFRuntimeBase;
+
+/* Layout of CFRuntimeBase._cfisa: the type ID in the low 32 bits, then
+ * the flags of objects whose count the runtime does not keep (objects that
+ * are never freed, and classes that count for themselves). */
+#define _kCFRuntimeTypeIDMask ((uintptr_t)0xFFFFFFFFu)
+#define _kCFRuntimeImmortalFlag ((uintptr_t)1 << 32)
+#define _kCFRuntimeCustomRefCountFlag ((uintptr_t)1 << 33)
+
+/* True while the process has never started a second thread. A count then
+ * needs no locked update: the flag turns false before a new thread runs,
+ * so that thread sees every count written before it. */
+CF_INLINE Boolean _CFRuntimeIsSingleThreaded(void) {
+#if defined(HALVANE_CF_KNOWS_SINGLE_THREADED)
+    return __libc_single_threaded != 0;
+#else
+    return 0;
+#endif
+}
+
+/* CFGetTypeID, CFRetain and CFRelease for the callers that make them on
+ * every access: the common case is done in place, without a call into the
+ * library; everything else goes to the library's functions. */
+CF_INLINE CFTypeID _CFRuntimeGetTypeID(CFTypeRef cf) {
+    return cf != NULL ? (CFTypeID)(((const CFRuntimeBase *)cf)->_cfisa & _kCFRuntimeTypeIDMask)
+                      : (CFTypeID)_kCFRuntimeNotATypeID;
+}
+
+CF_INLINE Boolean _CFRuntimeKeepsPlainCount(CFTypeRef cf) {
+    const uintptr_t uncounted = _kCFRuntimeImmortalFlag | _kCFRuntimeCustomRefCountFlag;
+    return (((const CFRuntimeBase *)cf)->_cfisa & uncounted) == 0 && _CFRuntimeIsSingleThreaded();
+}
+
+CF_INLINE CFTypeRef _CFRuntimeRetain(CFTypeRef cf) {
+    if (cf == NULL || !_CFRuntimeKeepsPlainCount(cf)) return CFRetain(cf);
+    ((CFRuntimeBase *)(uintptr_t)cf)->_cfinfoa += 1;
+    return cf;
+}
+
+/* The last release goes to CFRelease, which frees the object. */
+CF_INLINE void _CFRuntimeRelease(CFTypeRef cf) {
+    if (cf == NULL || !_CFRuntimeKeepsPlainCount(cf) || ((const CFRuntimeBase *)cf)->_cfinfoa == 1) {
+        CFRelease(cf);
+        return;
+    }
+    ((CFRuntimeBase *)(uintptr_t)cf)->_cfinfoa -= 1;
+}
 
 /* Registers cls (the record is referenced, not copied, and must outlive
  * its use). Returns the new type ID, or _kCFRuntimeNotATypeID when the
