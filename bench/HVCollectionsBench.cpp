@@ -152,7 +152,7 @@ BENCHMARK(BM_QHashValueToString);
 
 // Arrays: element access over 10,000 strings, one whole pass per iteration.
 
-static void BM_CFArrayGetValueAtIndex(benchmark::State& state) {
+static void BM_CFArrayGetValueAtIndexOverStrings(benchmark::State& state) {
     HVArray array = arrayOfStrings();
     auto raw = static_cast<CFArrayRef>(array.Ref());
     for (auto _ : state) {
@@ -160,7 +160,7 @@ static void BM_CFArrayGetValueAtIndex(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations() * kArrayElements);
 }
-BENCHMARK(BM_CFArrayGetValueAtIndex);
+BENCHMARK(BM_CFArrayGetValueAtIndexOverStrings);
 
 static void BM_CFArrayGetValueAtIndexCheckedAndRetained(benchmark::State& state) {
     HVArray array = arrayOfStrings();

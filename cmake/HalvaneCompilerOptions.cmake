@@ -11,7 +11,11 @@ target_compile_options(halvane_build_options INTERFACE
     # them inside a library bind directly and may be inlined instead of
     # going through the procedure linkage table: the typed accessors are a
     # chain of such calls.
-    -fno-semantic-interposition)
+    -fno-semantic-interposition
+    # Calls into the other libraries (the CoreFoundation layer, above all)
+    # jump through the resolved address at once rather than through a
+    # procedure linkage table stub first.
+    -fno-plt)
 
 if(HALVANE_SANITIZE)
     string(REPLACE "," ";" _halvane_sanitizers "${HALVANE_SANITIZE}")

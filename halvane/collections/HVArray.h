@@ -13,6 +13,7 @@
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
 
+#include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFBase.h>
 
 #include <memory>
@@ -140,9 +141,22 @@ protected:
 
     // The raw element, not retained; throws HVException when out of range.
     const void* InternalObjectAtIndex(unsigned long long index) const;
+    [[noreturn]] static void ThrowIndexPastEnd();
     void AssignUnderlyingArray(const void* ref);
     void AssignUnderlyingArrayAndTakeOwnership(const void* ref);
 };
+
+// Every accessor passes through here: inline, it is the two platform calls
+// alone. The count is read as the 32-bit count Count() reports.
+inline const void* HVArray::InternalObjectAtIndex(unsigned long long index) const {
+    auto array = static_cast<CFArrayRef>(m_Ref);
+    bool holdsArray = m_Ref != nullptr && m_Ref != kCFNull;
+    if (!holdsArray ||
+        index >= static_cast<unsigned long long>(static_cast<long long>(int32_t(CFArrayGetCount(array))))) {
+        ThrowIndexPastEnd();
+    }
+    return CFArrayGetValueAtIndex(array, CFIndex(index));
+}
 
 // The rest of the collection family and the values it hands out, so that
 // one include gives every type this interface returns.

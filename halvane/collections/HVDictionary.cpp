@@ -185,13 +185,6 @@ void HVDictionary::Empty() {
     Assign(shared);
 }
 
-const void* HVDictionary::HVIdForKeyIfPresent(const HVString& key) const {
-    const void* value = nullptr;
-    if (m_Ref == nullptr || m_Ref == kCFNull || key.Ref() == nullptr) return nullptr;
-    if (!CFDictionaryGetValueIfPresent(asDictionary(m_Ref), key.Ref(), &value)) return nullptr;
-    return value;
-}
-
 const void* HVDictionary::HVIdForKeyIfPresent(const HVString& key, HVError& error) const {
     const void* value = HVIdForKeyIfPresent(key);
     if (value == nullptr) error = halvane::detail::KeyNotFound();

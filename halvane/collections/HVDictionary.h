@@ -15,6 +15,8 @@
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
 
+#include <CoreFoundation/CFDictionary.h>
+
 #include <memory>
 
 struct __CFDictionary;
@@ -181,6 +183,14 @@ protected:
 private:
     void AssignPropertyListData(const HVData& data, bool& parsingFramedText);
 };
+
+// Every lookup passes through here: inline, it is the platform call alone.
+inline const void* HVDictionary::HVIdForKeyIfPresent(const HVString& key) const {
+    const void* value = nullptr;
+    if (m_Ref == nullptr || m_Ref == kCFNull || key.Ref() == nullptr) return nullptr;
+    if (!CFDictionaryGetValueIfPresent(static_cast<CFDictionaryRef>(m_Ref), key.Ref(), &value)) return nullptr;
+    return value;
+}
 
 // The rest of the collection family and the values it hands out, so that
 // one include gives every type this interface returns.

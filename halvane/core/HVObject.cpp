@@ -1,12 +1,12 @@
 #include <halvane/core/HVObject.h>
 
 #include <halvane/core/detail/ClassRegistry.h>
+#include <halvane/core/detail/ClassTypeTable.h>
 #include <halvane/errors/HVLog.h>
 #include <halvane/text/HVString.h>
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include <array>
 #include <utility>
 
 namespace halvane::detail {
@@ -73,15 +73,28 @@ const PlatformTypeIDs& platformTypeIDs() {
 // first client type ID.
 constexpr CFTypeID kRetainedObjectTypeID = 256;
 
-// The class type of each platform type ID, indexed by the ID: the lookup
-// behind every typed accessor, so it is one load rather than a chain of
-// comparisons. IDs beyond the table are unknown.
-struct ClassTypeTable {
-    static constexpr CFTypeID kSize = kRetainedObjectTypeID + 1;
-    HVClassType types[kSize];
+}  // namespace
 
-    ClassTypeTable() {
-        for (HVClassType& type : types) type = HVUnknownClassType;
+namespace halvane::detail {
+
+constinit std::array<HVClassType, kClassTypeTableSize> classTypeTable{};
+constinit std::atomic<bool> classTypeTableFilled{false};
+
+}  // namespace halvane::detail
+
+using halvane::detail::classTypeTable;
+using halvane::detail::classTypeTableFilled;
+using halvane::detail::ClassTypeOfTypeID;
+using halvane::detail::kClassTypeTableSize;
+
+namespace {
+
+static_assert(kClassTypeTableSize == kRetainedObjectTypeID + 1);
+
+// Fills the table of platform type IDs once per process.
+[[gnu::noinline]] void fillClassTypeTable() {
+    static const bool filled = [] {
+        classTypeTable.fill(HVUnknownClassType);
         const PlatformTypeIDs& ids = platformTypeIDs();
         const std::pair<CFTypeID, HVClassType> known[] = {
             {ids.string, HVStringClassType}, {ids.dictionary, HVDictionaryClassType},
@@ -91,20 +104,45 @@ struct ClassTypeTable {
             {ids.null, HVNullClassType},     {kRetainedObjectTypeID, HVRetainedObjectClassType},
         };
         for (const auto& [typeID, type] : known) {
-            if (typeID < kSize) types[typeID] = type;
+            if (typeID < kClassTypeTableSize) classTypeTable[typeID] = type;
         }
-    }
-};
+        classTypeTableFilled.store(true, std::memory_order_release);
+        return true;
+    }();
+    (void)filled;
+}
 
 HVClassType classTypeOfPlatformType(CFTypeID typeID) {
-    static const ClassTypeTable table;
-    return typeID < ClassTypeTable::kSize ? table.types[typeID] : HVUnknownClassType;
+    if (!classTypeTableFilled.load(std::memory_order_acquire)) fillClassTypeTable();
+    return ClassTypeOfTypeID(typeID);
 }
 
 // An array that boxes a plain value: three elements, one of them the marker.
 bool isValueContainer(CFArrayRef array) {
     return CFArrayGetCount(array) == 3 &&
            CFArrayContainsValue(array, CFRangeMake(0, 3), CFSTR("HVValue_Container_AX7"));
+}
+
+// The class type of the platform types that one ID does not settle:
+// collections (mutable or not, arrays boxing a value) and unknown types,
+// which are logged. Kept apart so the common lookup needs no stack frame.
+[[gnu::noinline]] HVClassType refinedClassType(CFTypeRef ref, CFTypeID typeID, HVClassType type) {
+    switch (type) {
+        case HVArrayClassType:
+            if (isValueContainer(static_cast<CFArrayRef>(ref))) return HVValueClassType;
+            if (_CFArrayIsMutable(static_cast<CFArrayRef>(ref))) return HVMutableArrayClassType;
+            return type;
+        case HVDataClassType:
+            return _CFDataIsMutable(static_cast<CFDataRef>(ref)) ? HVMutableDataClassType : type;
+        case HVDictionaryClassType:
+            return _CFDictionaryIsMutable(static_cast<CFDictionaryRef>(ref)) ? HVMutableDictionaryClassType : type;
+        case HVUnknownClassType:
+            HVLog("HVObject::ClassTypeNeededForObject does not have the ability to identify the class with an "
+                  "internal object of type %d",
+                  int(typeID));
+            return HVObjectClassType;
+        default: return type;
+    }
 }
 
 // A shallow mutable copy for a mutable wrapper receiving an immutable object
@@ -152,12 +190,9 @@ HVObject::HVObject(const HVObject& other)
 
 HVObject::HVObject(const void* const& ref)
     : m_Ref(ref), m_ActualClassType(HVObjectClassType), m_ClassType(HVObjectClassType) {
-    if (m_Ref != nullptr) CFRetain(m_Ref);
+    if (m_Ref != nullptr) _CFRuntimeRetain(m_Ref);
 }
 
-HVObject::HVObject(const void* const& ref, HVClassType type) : m_Ref(ref), m_ActualClassType(type), m_ClassType(type) {
-    if (m_Ref != nullptr) CFRetain(m_Ref);
-}
 
 
 HVClassType HVObject::ClassType() { return HVObjectClassType; }
@@ -175,26 +210,9 @@ const void* HVObject::SharedEmptyObjectOfClassType(HVClassType type) {
 
 HVClassType HVObject::ClassTypeNeededForObject(const void* const& ref) {
     if (ref == nullptr) return HVObjectClassType;
-    CFTypeID typeID = CFGetTypeID(ref);
+    CFTypeID typeID = _CFRuntimeGetTypeID(ref);
     HVClassType type = classTypeOfPlatformType(typeID);
-    switch (type) {
-        case HVArrayClassType:
-            if (isValueContainer(static_cast<CFArrayRef>(ref))) return HVValueClassType;
-            if (_CFArrayIsMutable(static_cast<CFArrayRef>(ref))) return HVMutableArrayClassType;
-            return type;
-        case HVDataClassType:
-            return _CFDataIsMutable(static_cast<CFDataRef>(ref)) ? HVMutableDataClassType : type;
-        case HVDictionaryClassType:
-            return _CFDictionaryIsMutable(static_cast<CFDictionaryRef>(ref)) ? HVMutableDictionaryClassType : type;
-        default: break;
-    }
-    if (type == HVUnknownClassType) {
-        HVLog("HVObject::ClassTypeNeededForObject does not have the ability to identify the class with an internal "
-              "object of type %d",
-              int(typeID));
-        return HVObjectClassType;
-    }
-    return type;
+    return halvane::detail::IsSettledByTypeID(type) ? type : refinedClassType(ref, typeID, type);
 }
 
 HVString HVObject::ClassNameOfClassType(HVClassType type) {
@@ -452,7 +470,7 @@ bool HVObject::IsNull() const { return m_Ref == nullptr || m_Ref == kCFNull; }
 
 void HVObject::Nullify() {
     if (m_Ref == nullptr) return;
-    CFRelease(m_Ref);
+    _CFRuntimeRelease(m_Ref);
     m_Ref = nullptr;
 }
 
@@ -463,7 +481,7 @@ HVString HVObject::Description() {
 }
 
 void HVObject::Retain() {
-    if (m_Ref != nullptr) CFRetain(m_Ref);
+    if (m_Ref != nullptr) _CFRuntimeRetain(m_Ref);
 }
 
 void HVObject::Release() {

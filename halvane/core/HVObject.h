@@ -8,6 +8,7 @@
 #include <halvane/core/HVExport.h>
 
 #include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CFRuntime.h>
 
 #include <memory>
 
@@ -114,14 +115,20 @@ protected:
 };
 
 // Copying a wrapper and destroying one are the library's most frequent
-// operations: inline, they cost one retain or release each.
+// operations: inline, they cost one retain or release each, done in place
+// in the common case.
 inline HVObject::HVObject(const HVObject& other, HVClassType type)
     : m_Ref(other.m_Ref), m_ActualClassType(type), m_ClassType(type) {
-    if (m_Ref != nullptr) CFRetain(m_Ref);
+    if (m_Ref != nullptr) _CFRuntimeRetain(m_Ref);
+}
+
+inline HVObject::HVObject(const void* const& ref, HVClassType type)
+    : m_Ref(ref), m_ActualClassType(type), m_ClassType(type) {
+    if (m_Ref != nullptr) _CFRuntimeRetain(m_Ref);
 }
 
 inline HVObject::~HVObject() {
-    if (m_Ref != nullptr) CFRelease(m_Ref);
+    if (m_Ref != nullptr) _CFRuntimeRelease(m_Ref);
 }
 
 inline const void* HVObject::Ref() const { return m_Ref; }

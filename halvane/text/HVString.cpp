@@ -62,7 +62,6 @@ unsigned int HVStringEncodingUtilites::ConvertToUnderlyingStringEncoding(HVStrin
 
 HVString::HVString() : HVObject(SharedEmptyObject(), HVStringClassType) {}
 
-HVString::HVString(const void* const& ref) : HVObject(ref, HVStringClassType) {}
 
 HVString::HVString(const __CFString* ref) : HVObject(static_cast<const void*>(ref), HVStringClassType) {}
 

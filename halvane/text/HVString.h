@@ -272,6 +272,8 @@ public:
 
 inline HVString::HVString(const HVString& other) : HVObject(other, HVStringClassType) {}
 
+inline HVString::HVString(const void* const& ref) : HVObject(ref, HVStringClassType) {}
+
 HV_EXPORT HVString operator+(const HVString& left, const HVString& right);
 HV_EXPORT HVString operator+(const HVString& left, const char* right);
 HV_EXPORT HVString operator+(const char* left, const HVString& right);

@@ -7,6 +7,7 @@
 #define HALVANE_COLLECTIONS_DETAIL_TYPEDACCESS_H
 
 #include <halvane/core/HVObject.h>
+#include <halvane/core/detail/ClassTypeTable.h>
 #include <halvane/errors/HVError.h>
 #include <halvane/text/HVString.h>
 
@@ -169,7 +170,7 @@ template <typename Result, std::size_t Rows>
 Result ConvertedElement(const void* element, unsigned long long index, ErrorSlot error,
                         const AccessRule<Result, Rows>& rule) {
     using Traits = ResultTraits<Result>;
-    HVClassType type = element != nullptr ? HVObject::ClassTypeNeededForObject(element) : HVObjectClassType;
+    HVClassType type = element != nullptr ? ClassTypeOfReference(element) : HVObjectClassType;
     const Conversion<Result>* row = element != nullptr ? rule.Find(type) : nullptr;
     const bool shares = Traits::Shares(row);
     Result result = shares ? Traits::Holding(element) : Traits::Null();
@@ -196,7 +197,7 @@ template <typename Result, std::size_t Rows>
 Result ConvertedValue(const void* value, const HVString& key, ErrorSlot error, const AccessRule<Result, Rows>& rule,
                       WhenMissing missing) {
     using Traits = ResultTraits<Result>;
-    HVClassType type = value != nullptr ? HVObject::ClassTypeNeededForObject(value) : HVNullClassType;
+    HVClassType type = value != nullptr ? ClassTypeOfReference(value) : HVNullClassType;
     const Conversion<Result>* row = type != HVNullClassType ? rule.Find(type) : nullptr;
     const bool shares = Traits::Shares(row);
     Result result = shares ? Traits::Holding(value) : Traits::Null();
