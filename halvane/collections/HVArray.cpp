@@ -152,9 +152,15 @@ void HVArray::Empty() {
     Assign(shared);
 }
 
-void HVArray::ThrowIndexPastEnd() {
-    throw HVException::ExceptionWithNameAndReason(HVExceptionName::RangeException(),
-                                                  "Attempted to index past the end of the array.");
+const void* HVArray::CheckedObjectAtIndex(unsigned long long index) const {
+    // Count() without the call.
+    bool holdsArray = m_Ref != nullptr && m_Ref != kCFNull;
+    if (!holdsArray || index >= static_cast<unsigned long long>(static_cast<long long>(
+                                    int32_t(CFArrayGetCount(asArray(m_Ref)))))) {
+        throw HVException::ExceptionWithNameAndReason(HVExceptionName::RangeException(),
+                                                      "Attempted to index past the end of the array.");
+    }
+    return CFArrayGetValueAtIndex(asArray(m_Ref), toPlatform(index));
 }
 
 HVClassType HVArray::ClassTypeOfObjectAtIndex(unsigned long long index) const {

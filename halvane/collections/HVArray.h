@@ -141,21 +141,22 @@ protected:
 
     // The raw element, not retained; throws HVException when out of range.
     const void* InternalObjectAtIndex(unsigned long long index) const;
-    [[noreturn]] static void ThrowIndexPastEnd();
+    const void* CheckedObjectAtIndex(unsigned long long index) const;
     void AssignUnderlyingArray(const void* ref);
     void AssignUnderlyingArrayAndTakeOwnership(const void* ref);
 };
 
-// Every accessor passes through here: inline, it is the two platform calls
-// alone. The count is read as the 32-bit count Count() reports.
+// Every accessor passes through here: inline, and reading the platform
+// array in place, it costs about what the raw platform call does. Anything
+// but an array with the index in range (null, the null object, an index
+// past the 32-bit count that Count() reports) goes the checked way.
 inline const void* HVArray::InternalObjectAtIndex(unsigned long long index) const {
     auto array = static_cast<CFArrayRef>(m_Ref);
-    bool holdsArray = m_Ref != nullptr && m_Ref != kCFNull;
-    if (!holdsArray ||
-        index >= static_cast<unsigned long long>(static_cast<long long>(int32_t(CFArrayGetCount(array))))) {
-        ThrowIndexPastEnd();
+    if (_CFRuntimeGetTypeID(array) == _kCFArrayTypeID &&
+        index < static_cast<unsigned long long>(static_cast<long long>(int32_t(_CFArrayGetCountInPlace(array))))) {
+        return _CFArrayGetValueAtIndexInPlace(array, CFIndex(index));
     }
-    return CFArrayGetValueAtIndex(array, CFIndex(index));
+    return CheckedObjectAtIndex(index);
 }
 
 // The rest of the collection family and the values it hands out, so that

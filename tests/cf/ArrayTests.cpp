@@ -597,6 +597,39 @@ TEST(ArrayDescription, ElementLinesAndTypes) {
     EXPECT_EQ(CFGetRetainCount(otherLoop), 1);
 }
 
+// The in-place reading agrees with the functions for immutable arrays (values
+// in the object's block) and mutable ones (values in a buffer that moves as
+// it grows), and leaves anything else to CFArrayGetCount.
+TEST(ArrayInPlace, CountAndValuesAgreeWithTheFunctions) {
+    const void* values[] = {raw(5), raw(6), raw(7)};
+    auto immutable = own(CFArrayCreate(nullptr, values, 3, nullptr));
+    auto growing = rawArray({});
+    for (intptr_t n = 0; n < 1000; ++n) {
+        CFArrayAppendValue(growing, raw(n * 3));
+        ASSERT_EQ(_CFArrayGetCountInPlace(growing), n + 1);
+        ASSERT_EQ(_CFArrayGetValueAtIndexInPlace(growing, n), raw(n * 3));
+    }
+    CFArrayRemoveValueAtIndex(growing, 0);
+    CFArrayInsertValueAtIndex(growing, 10, raw(-4));
+    for (CFArrayRef array : {static_cast<CFArrayRef>(immutable.get()), static_cast<CFArrayRef>(growing.get())}) {
+        ASSERT_EQ(_CFArrayGetCountInPlace(array), CFArrayGetCount(array));
+        for (CFIndex i = 0; i < CFArrayGetCount(array); ++i) {
+            ASSERT_EQ(_CFArrayGetValueAtIndexInPlace(array, i), CFArrayGetValueAtIndex(array, i));
+        }
+    }
+    EXPECT_EQ(_CFArrayGetValueAtIndexInPlace(growing, 10), raw(-4));
+    EXPECT_EQ(_CFArrayGetCountInPlace(immutable), 3);
+    EXPECT_EQ(_kCFArrayTypeID, CFArrayGetTypeID());
+
+    std::string reports = reportsOf([] {
+        EXPECT_EQ(_CFArrayGetCountInPlace(nullptr), 0);
+        EXPECT_EQ(_CFArrayGetCountInPlace(reinterpret_cast<CFArrayRef>(CFSTR("text"))), 0);
+    });
+    EXPECT_EQ(reports,
+              "CFArray: CFArrayGetCount(): NULL is not an array\n"
+              "CFArray: CFArrayGetCount(): the argument is not an array\n");
+}
+
 TEST(ArrayMisuse, WrongArgumentsGiveNeutralResults) {
     auto array = rawArray({1, 2, 3});
     const void* values[] = {raw(7)};

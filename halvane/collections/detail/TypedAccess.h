@@ -164,11 +164,31 @@ struct ResultTraits<Pointee*> {
 // result is built in the caller's storage: a wrapper copy on the way out
 // would cost a retain and a release per lookup.
 
+// Whether the rule shares an element of the class that the element's type
+// ID names: the case of nearly every call, answered without a call.
+template <typename Result, std::size_t Rows>
+bool SharesAtOnce(const void* element, const AccessRule<Result, Rows>& rule) {
+    if (element == nullptr || !classTypeTableFilled.load(std::memory_order_acquire)) return false;
+    HVClassType type = ClassTypeOfTypeID(_CFRuntimeGetTypeID(element));
+    return IsSettledByTypeID(type) && ResultTraits<Result>::Shares(rule.Find(type));
+}
+
 // XAtIndex(index, error): the element (already range-checked) converted by
 // the rule; a null element is the empty result without an error.
 template <typename Result, std::size_t Rows>
+[[gnu::noinline]] Result ConvertedElementSlowly(const void* element, unsigned long long index, ErrorSlot error,
+                                                const AccessRule<Result, Rows>& rule);
+
+template <typename Result, std::size_t Rows>
 Result ConvertedElement(const void* element, unsigned long long index, ErrorSlot error,
                         const AccessRule<Result, Rows>& rule) {
+    if (SharesAtOnce(element, rule)) return ResultTraits<Result>::Holding(element);
+    return ConvertedElementSlowly(element, index, error, rule);
+}
+
+template <typename Result, std::size_t Rows>
+Result ConvertedElementSlowly(const void* element, unsigned long long index, ErrorSlot error,
+                              const AccessRule<Result, Rows>& rule) {
     using Traits = ResultTraits<Result>;
     HVClassType type = element != nullptr ? ClassTypeOfReference(element) : HVObjectClassType;
     const Conversion<Result>* row = element != nullptr ? rule.Find(type) : nullptr;

@@ -9,9 +9,11 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 struct __CFArray {
     CFRuntimeBase base;
@@ -23,6 +25,12 @@ struct __CFArray {
 };
 
 namespace halvane::detail {
+
+// Callers read arrays in place through _CFArrayPrefix (CFArray.h).
+static_assert(kCFArrayTypeID == _kCFArrayTypeID);
+static_assert(offsetof(__CFArray, count) == offsetof(_CFArrayPrefix, _count));
+static_assert(offsetof(__CFArray, values) == offsetof(_CFArrayPrefix, _values));
+static_assert(std::is_same_v<decltype(__CFArray::values), decltype(_CFArrayPrefix::_values)>);
 
 namespace {
 

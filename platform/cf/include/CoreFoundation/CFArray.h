@@ -3,6 +3,7 @@
 #define HALVANE_CF_CFARRAY_H
 
 #include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CFRuntime.h>
 
 CF_EXTERN_C_BEGIN
 
@@ -67,6 +68,31 @@ CF_EXPORT void CFArrayAppendArray(CFMutableArrayRef theArray, CFArrayRef otherAr
 
 /* True for arrays made by the CreateMutable functions. */
 CF_EXPORT Boolean _CFArrayIsMutable(CFArrayRef theArray);
+
+/* Reading an array in place, for callers that index arrays on every access
+ * (the library's typed accessors): an array object starts with these
+ * fields, and CFArray.cpp checks that its own layout agrees. */
+#define _kCFArrayTypeID ((CFTypeID)19)
+typedef struct __CFArrayPrefix {
+    CFRuntimeBase _base;
+    CFIndex _count;
+    CFIndex _allocated;
+    CFIndex _maxCount;
+    const void **_values;
+} _CFArrayPrefix;
+
+/* CFArrayGetCount, in place for an array; anything else goes to the
+ * function, which reports the misuse and answers 0. */
+CF_INLINE CFIndex _CFArrayGetCountInPlace(CFArrayRef theArray) {
+    if (_CFRuntimeGetTypeID(theArray) != _kCFArrayTypeID) return CFArrayGetCount(theArray);
+    return ((const _CFArrayPrefix *)(const void *)theArray)->_count;
+}
+
+/* The value at idx of an array whose count the caller has just read with
+ * _CFArrayGetCountInPlace and checked idx against. */
+CF_INLINE const void *_CFArrayGetValueAtIndexInPlace(CFArrayRef theArray, CFIndex idx) {
+    return ((const _CFArrayPrefix *)(const void *)theArray)->_values[idx];
+}
 
 CF_EXTERN_C_END
 
