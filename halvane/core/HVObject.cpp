@@ -280,7 +280,7 @@ HVClassType HVObject::ClassTypeOfClassName(const HVString& name) {
 }
 
 HVObject HVObject::Create(const void* const& ref) {
-    HVClassType type = ClassTypeNeededForObject(ref);
+    HVClassType type = ref != nullptr ? halvane::detail::ClassTypeOfReference(ref) : HVObjectClassType;
     return HVObject(ref, type);
 }
 
