@@ -176,18 +176,18 @@ bool SharesAtOnce(const void* element, const AccessRule<Result, Rows>& rule) {
 // XAtIndex(index, error): the element (already range-checked) converted by
 // the rule; a null element is the empty result without an error.
 template <typename Result, std::size_t Rows>
-[[gnu::noinline]] Result ConvertedElementSlowly(const void* element, unsigned long long index, ErrorSlot error,
-                                                const AccessRule<Result, Rows>& rule);
+[[gnu::noinline]] Result ConvertedElementSlowly(const void* element, unsigned long long index,
+                                                const ErrorSlot& error, const AccessRule<Result, Rows>& rule);
 
 template <typename Result, std::size_t Rows>
-Result ConvertedElement(const void* element, unsigned long long index, ErrorSlot error,
+Result ConvertedElement(const void* element, unsigned long long index, const ErrorSlot& error,
                         const AccessRule<Result, Rows>& rule) {
     if (SharesAtOnce(element, rule)) return ResultTraits<Result>::Holding(element);
     return ConvertedElementSlowly(element, index, error, rule);
 }
 
 template <typename Result, std::size_t Rows>
-Result ConvertedElementSlowly(const void* element, unsigned long long index, ErrorSlot error,
+Result ConvertedElementSlowly(const void* element, unsigned long long index, const ErrorSlot& error,
                               const AccessRule<Result, Rows>& rule) {
     using Traits = ResultTraits<Result>;
     HVClassType type = element != nullptr ? ClassTypeOfReference(element) : HVObjectClassType;
@@ -214,8 +214,19 @@ enum class WhenMissing { Null, Empty };
 // a missing key, which the lookup has reported when asked to). A null value
 // object counts as missing and is not reported.
 template <typename Result, std::size_t Rows>
-Result ConvertedValue(const void* value, const HVString& key, ErrorSlot error, const AccessRule<Result, Rows>& rule,
-                      WhenMissing missing) {
+[[gnu::noinline]] Result ConvertedValueSlowly(const void* value, const HVString& key, const ErrorSlot& error,
+                                              const AccessRule<Result, Rows>& rule, WhenMissing missing);
+
+template <typename Result, std::size_t Rows>
+Result ConvertedValue(const void* value, const HVString& key, const ErrorSlot& error,
+                      const AccessRule<Result, Rows>& rule, WhenMissing missing) {
+    if (SharesAtOnce(value, rule)) return ResultTraits<Result>::Holding(value);
+    return ConvertedValueSlowly(value, key, error, rule, missing);
+}
+
+template <typename Result, std::size_t Rows>
+Result ConvertedValueSlowly(const void* value, const HVString& key, const ErrorSlot& error,
+                            const AccessRule<Result, Rows>& rule, WhenMissing missing) {
     using Traits = ResultTraits<Result>;
     HVClassType type = value != nullptr ? ClassTypeOfReference(value) : HVNullClassType;
     const Conversion<Result>* row = type != HVNullClassType ? rule.Find(type) : nullptr;
@@ -236,7 +247,7 @@ Result ConvertedValue(const void* value, const HVString& key, ErrorSlot error, c
 // a missing, mistyped or empty string is a type mismatch naming the string
 // class.
 template <typename Geometry, std::size_t Rows>
-Geometry GeometryFromText(const HVString& text, const HVString& key, ErrorSlot error,
+Geometry GeometryFromText(const HVString& text, const HVString& key, const ErrorSlot& error,
                           const AccessRule<Geometry, Rows>& rule) {
     Geometry result;
     if (text.IsEmpty()) {
