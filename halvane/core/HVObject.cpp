@@ -193,8 +193,6 @@ HVObject::HVObject(const void* const& ref)
     if (m_Ref != nullptr) _CFRuntimeRetain(m_Ref);
 }
 
-
-
 HVClassType HVObject::ClassType() { return HVObjectClassType; }
 
 const void* const& HVObject::SharedEmptyObject() {

@@ -57,6 +57,13 @@ void deallocateInstance(CFTypeRef cf) {
 
 uint64_t& retainCountOf(CFTypeRef cf) { return const_cast<CFRuntimeBase*>(runtimeBase(cf))->_cfinfoa; }
 
+// Immortal objects keep no count; a class with its own count is asked to
+// change it.
+[[gnu::noinline]] CFTypeRef adjustUncountedRetainCount(CFTypeRef cf, uintptr_t isa, int change) {
+    if ((isa & kImmortalFlag) == 0) classOf(isa & kTypeIDMask)->refcount(change, cf);
+    return cf;
+}
+
 // A count needs locked updates only once a second thread could hold the
 // object; before that a plain update spares retain and release a locked
 // instruction, which also stops the processor from overlapping the work
@@ -68,13 +75,6 @@ void incrementRetainCount(CFTypeRef cf) {
     } else {
         std::atomic_ref<uint64_t>(count).fetch_add(1, std::memory_order_relaxed);
     }
-}
-
-// Immortal objects keep no count; a class with its own count is asked to
-// change it.
-[[gnu::noinline]] CFTypeRef adjustUncountedRetainCount(CFTypeRef cf, uintptr_t isa, int change) {
-    if ((isa & kImmortalFlag) == 0) classOf(isa & kTypeIDMask)->refcount(change, cf);
-    return cf;
 }
 
 // True when the count reached zero.

@@ -50,7 +50,7 @@ typedef struct __CFRuntimeClass {
 
 /* The header at the start of every object: two words on 64-bit systems.
  * _cfisa holds the type ID and creation flags, _cfinfoa the reference
- * count (updated atomically). */
+ * count (updated atomically once the process has a second thread). */
 typedef struct __CFRuntimeBase {
     uintptr_t _cfisa;
     uint64_t _cfinfoa;
