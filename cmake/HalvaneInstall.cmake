@@ -20,6 +20,10 @@ install(DIRECTORY halvane/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/halvane
     FILES_MATCHING PATTERN "*.h"
     PATTERN "detail" EXCLUDE)
+# The one internal header that public inline code reads: HVArray's element
+# accessors take the class type from its table.
+install(FILES halvane/core/detail/ClassTypeTable.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/halvane/core/detail)
 
 install(EXPORT HalvaneTargets
     NAMESPACE Halvane::

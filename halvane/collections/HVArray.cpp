@@ -171,7 +171,6 @@ bool HVArray::IsMatchingClassTypeOfObjectAtIndex(HVClassType type, unsigned long
     return ClassTypeOfObjectAtIndex(index) == type;
 }
 
-HVObject HVArray::ObjectAtIndex(unsigned long long index) const { return Create(InternalObjectAtIndex(index)); }
 
 std::shared_ptr<HVObject> HVArray::CreateObjectAtIndex(unsigned long long index) const {
     const void* element = InternalObjectAtIndex(index);

@@ -8,6 +8,7 @@
 
 #include <halvane/collections/HVData.h>
 #include <halvane/core/HVObject.h>
+#include <halvane/core/detail/ClassTypeTable.h>
 #include <halvane/text/HVRange.h>
 #include <halvane/text/HVString.h>
 #include <halvane/values/HVBool.h>
@@ -142,6 +143,9 @@ protected:
     // The raw element, not retained; throws HVException when out of range.
     const void* InternalObjectAtIndex(unsigned long long index) const;
     const void* CheckedObjectAtIndex(unsigned long long index) const;
+    // StringAtIndex(index) for an element that is not a string: the
+    // conversion and the assertion line of the accessor.
+    HVString ConvertedStringAtIndex(const void* element, unsigned long long index) const;
     void AssignUnderlyingArray(const void* ref);
     void AssignUnderlyingArrayAndTakeOwnership(const void* ref);
 };
@@ -157,6 +161,21 @@ inline const void* HVArray::InternalObjectAtIndex(unsigned long long index) cons
         return _CFArrayGetValueAtIndexInPlace(array, CFIndex(index));
     }
     return CheckedObjectAtIndex(index);
+}
+
+// Plain objects and strings are what arrays hand out most: an element
+// whose type ID names its class is wrapped here, inline; anything else is
+// left to the library.
+inline HVObject HVArray::ObjectAtIndex(unsigned long long index) const {
+    const void* element = InternalObjectAtIndex(index);
+    HVClassType type = halvane::detail::SettledClassTypeOf(element);
+    return type != HVUnknownClassType ? HoldingWithClassType(element, type) : Create(element);
+}
+
+inline HVString HVArray::StringAtIndex(unsigned long long index) const {
+    const void* element = InternalObjectAtIndex(index);
+    if (halvane::detail::SettledClassTypeOf(element) == HVStringClassType) return HVString(element);
+    return ConvertedStringAtIndex(element, index);
 }
 
 // The rest of the collection family and the values it hands out, so that

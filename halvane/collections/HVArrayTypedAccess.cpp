@@ -5,18 +5,25 @@
 #include <halvane/collections/detail/TypedAccessRules.h>
 
 using halvane::detail::ConvertedElement;
+using halvane::detail::ConvertedElementSlowly;
 using halvane::detail::ErrorSlot;
 
+// The form without an error reports a mismatch as an assertion line.
+#define HV_ARRAY_LOGGED(Rule)                                                                                     \
+    ErrorSlot {                                                                                                   \
+        nullptr, halvane::detail::ReportArrayMismatch, halvane::detail::Rule.function, halvane::detail::Rule.line \
+    }
+
 // The form with an error converts the (range-checked) element by the rule;
-// the form without one reports a mismatch as an assertion line.
-#define HV_ARRAY_TYPED_ACCESSOR(Result, Accessor, Rule)                                                         \
+// the form without one logs.
+#define HV_ARRAY_TYPED_ACCESSOR_WITH_ERROR(Result, Accessor, Rule)                                              \
     Result HVArray::Accessor(unsigned long long index, HVError& error) const {                                  \
         return ConvertedElement(InternalObjectAtIndex(index), index, ErrorSlot{&error}, halvane::detail::Rule); \
-    }                                                                                                           \
-    Result HVArray::Accessor(unsigned long long index) const {                                                  \
-        const ErrorSlot logged{nullptr, halvane::detail::ReportArrayMismatch, halvane::detail::Rule.function,   \
-                               halvane::detail::Rule.line};                                                     \
-        return ConvertedElement(InternalObjectAtIndex(index), index, logged, halvane::detail::Rule);            \
+    }
+#define HV_ARRAY_TYPED_ACCESSOR(Result, Accessor, Rule)                                                             \
+    HV_ARRAY_TYPED_ACCESSOR_WITH_ERROR(Result, Accessor, Rule)                                                      \
+    Result HVArray::Accessor(unsigned long long index) const {                                                      \
+        return ConvertedElement(InternalObjectAtIndex(index), index, HV_ARRAY_LOGGED(Rule), halvane::detail::Rule); \
     }
 
 HV_ARRAY_TYPED_ACCESSOR(HVArray, ArrayAtIndex, kArrayAtIndex)
@@ -33,7 +40,13 @@ HV_ARRAY_TYPED_ACCESSOR(HVRect, RectAtIndex, kRectAtIndex)
 // A pointer: null for an element that carries no retained object.
 HV_ARRAY_TYPED_ACCESSOR(HVRetainedObject*, RetainedObjectAtIndex, kRetainedObjectAtIndex)
 HV_ARRAY_TYPED_ACCESSOR(HVSize, SizeAtIndex, kSizeAtIndex)
-HV_ARRAY_TYPED_ACCESSOR(HVString, StringAtIndex, kStringAtIndex)
+// StringAtIndex(index) shares a string element inline (HVArray.h).
+HV_ARRAY_TYPED_ACCESSOR_WITH_ERROR(HVString, StringAtIndex, kStringAtIndex)
+HVString HVArray::ConvertedStringAtIndex(const void* element, unsigned long long index) const {
+    return ConvertedElementSlowly(element, index, HV_ARRAY_LOGGED(kStringAtIndex), halvane::detail::kStringAtIndex);
+}
 HV_ARRAY_TYPED_ACCESSOR(HVValue, ValueAtIndex, kValueAtIndex)
 
 #undef HV_ARRAY_TYPED_ACCESSOR
+#undef HV_ARRAY_TYPED_ACCESSOR_WITH_ERROR
+#undef HV_ARRAY_LOGGED

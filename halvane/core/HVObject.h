@@ -83,6 +83,8 @@ protected:
     HVObject(const void* const& ref);
     HVObject(const void* const& ref, HVClassType type);
     HVObject(const HVObject& other, HVClassType type);
+    // What Create gives when the caller already knows ref's class type.
+    static HVObject HoldingWithClassType(const void* const& ref, HVClassType type);
 
     HVObject& operator=(const void* const& ref);
     // What every class's AssignUnderlyingX does: nothing when ref is already
@@ -125,6 +127,10 @@ inline HVObject::HVObject(const HVObject& other, HVClassType type)
 inline HVObject::HVObject(const void* const& ref, HVClassType type)
     : m_Ref(ref), m_ActualClassType(type), m_ClassType(type) {
     if (m_Ref != nullptr) _CFRuntimeRetain(m_Ref);
+}
+
+inline HVObject HVObject::HoldingWithClassType(const void* const& ref, HVClassType type) {
+    return HVObject(ref, type);
 }
 
 inline HVObject::~HVObject() {

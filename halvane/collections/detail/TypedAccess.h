@@ -168,16 +168,15 @@ struct ResultTraits<Pointee*> {
 // ID names: the case of nearly every call, answered without a call.
 template <typename Result, std::size_t Rows>
 bool SharesAtOnce(const void* element, const AccessRule<Result, Rows>& rule) {
-    if (element == nullptr || !classTypeTableFilled.load(std::memory_order_acquire)) return false;
-    HVClassType type = ClassTypeOfTypeID(_CFRuntimeGetTypeID(element));
-    return IsSettledByTypeID(type) && ResultTraits<Result>::Shares(rule.Find(type));
+    HVClassType type = SettledClassTypeOf(element);
+    return type != HVUnknownClassType && ResultTraits<Result>::Shares(rule.Find(type));
 }
 
 // XAtIndex(index, error): the element (already range-checked) converted by
 // the rule; a null element is the empty result without an error.
 template <typename Result, std::size_t Rows>
-[[gnu::noinline]] Result ConvertedElementSlowly(const void* element, unsigned long long index,
-                                                const ErrorSlot& error, const AccessRule<Result, Rows>& rule);
+[[gnu::noinline]] Result ConvertedElementSlowly(const void* element, unsigned long long index, const ErrorSlot& error,
+                                                const AccessRule<Result, Rows>& rule);
 
 template <typename Result, std::size_t Rows>
 Result ConvertedElement(const void* element, unsigned long long index, const ErrorSlot& error,

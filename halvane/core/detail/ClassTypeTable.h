@@ -18,8 +18,8 @@ namespace halvane::detail {
 // Indexed by platform type ID, up to the retained-object class (the first
 // client ID); filled on first use by ClassTypeNeededForObject.
 inline constexpr CFTypeID kClassTypeTableSize = 257;
-extern std::array<HVClassType, kClassTypeTableSize> classTypeTable;
-extern std::atomic<bool> classTypeTableFilled;
+HV_EXPORT extern std::array<HVClassType, kClassTypeTableSize> classTypeTable;
+HV_EXPORT extern std::atomic<bool> classTypeTableFilled;
 
 // The table's entry; unknown beyond the table.
 inline HVClassType ClassTypeOfTypeID(CFTypeID typeID) {
@@ -32,13 +32,18 @@ inline bool IsSettledByTypeID(HVClassType type) {
            type != HVDictionaryClassType;
 }
 
+// The class type that ref's type ID alone names; unknown when it takes
+// more than the ID, for null, and before the table is filled.
+inline HVClassType SettledClassTypeOf(const void* ref) {
+    if (ref == nullptr || !classTypeTableFilled.load(std::memory_order_acquire)) return HVUnknownClassType;
+    HVClassType type = ClassTypeOfTypeID(_CFRuntimeGetTypeID(ref));
+    return IsSettledByTypeID(type) ? type : HVUnknownClassType;
+}
+
 // HVObject::ClassTypeNeededForObject, with its common case in place.
 inline HVClassType ClassTypeOfReference(const void* ref) {
-    if (ref != nullptr && classTypeTableFilled.load(std::memory_order_acquire)) {
-        HVClassType type = ClassTypeOfTypeID(_CFRuntimeGetTypeID(ref));
-        if (IsSettledByTypeID(type)) return type;
-    }
-    return HVObject::ClassTypeNeededForObject(ref);
+    HVClassType type = SettledClassTypeOf(ref);
+    return type != HVUnknownClassType ? type : HVObject::ClassTypeNeededForObject(ref);
 }
 
 }  // namespace halvane::detail
