@@ -238,6 +238,26 @@ TEST(Array, ClassTypesAndGenericObjects) {
     std::shared_ptr<HVObject> made = array.CreateObjectAtIndex(1);
     ASSERT_NE(dynamic_cast<HVMutableArray*>(made.get()), nullptr);
     EXPECT_EQ(made->Ref(), array.ObjectAtIndex(1).Ref());
+
+    // Elements whose type names their class are wrapped in the caller; the
+    // others by the library. Both give what Create gives, and hold a
+    // reference of their own.
+    HVDate date = HVDate::DateWithTimeIntervalSinceReferenceDate(1.0);
+    HVArray mixed = arrayOf({HVString("t"), HVNumber(2), HVBool(true), date, HVNull(), HVArray(), HVMutableArray(),
+                             HVMutableData(), HVValue::ValueWithPointer(&date), HVMutableDictionary()});
+    for (unsigned long long i = 0; i < mixed.Count(); ++i) {
+        HVObject element = mixed.ObjectAtIndex(i);
+        EXPECT_EQ(element.ObjectsClassType(), mixed.ClassTypeOfObjectAtIndex(i)) << i;
+        EXPECT_EQ(element.ObjectsClassType(), HVObject::Create(element.Ref()).ObjectsClassType()) << i;
+    }
+    EXPECT_EQ(mixed.ObjectAtIndex(6).ObjectsClassType(), HVMutableArrayClassType);
+    EXPECT_EQ(mixed.ObjectAtIndex(8).ObjectsClassType(), HVValueClassType);
+    const void* string = mixed.ObjectAtIndex(0).Ref();
+    CFIndex held = CFGetRetainCount(string);
+    HVObject first = mixed.ObjectAtIndex(0);
+    HVString firstString = mixed.StringAtIndex(0);
+    EXPECT_EQ(CFGetRetainCount(string), held + 2);
+    EXPECT_EQ(firstString.ObjectsClassType(), HVStringClassType);
 }
 
 TEST(Array, SearchingByEqualityAndIdentity) {
