@@ -140,7 +140,7 @@ unsigned long long HVArray::Count() const {
     // The shared empty object is a platform collection with no elements,
     // so only holding nothing needs a test of its own.
     if (m_Ref == nullptr || m_Ref == kCFNull) return 0;
-    return static_cast<unsigned long long>(static_cast<long long>(int32_t(CFArrayGetCount(asArray(m_Ref)))));
+    return NarrowedCount(CFArrayGetCount(asArray(m_Ref)));
 }
 
 bool HVArray::IsEmpty() const { return Count() == 0; }
@@ -153,10 +153,7 @@ void HVArray::Empty() {
 }
 
 const void* HVArray::CheckedObjectAtIndex(unsigned long long index) const {
-    // Count() without the call.
-    bool holdsArray = m_Ref != nullptr && m_Ref != kCFNull;
-    if (!holdsArray || index >= static_cast<unsigned long long>(static_cast<long long>(
-                                    int32_t(CFArrayGetCount(asArray(m_Ref)))))) {
+    if (index >= Count()) {
         throw HVException::ExceptionWithNameAndReason(HVExceptionName::RangeException(),
                                                       "Attempted to index past the end of the array.");
     }

@@ -143,6 +143,8 @@ protected:
     // The raw element, not retained; throws HVException when out of range.
     const void* InternalObjectAtIndex(unsigned long long index) const;
     const void* CheckedObjectAtIndex(unsigned long long index) const;
+    // A platform count as Count() reports it: narrowed to 32 bits.
+    static unsigned long long NarrowedCount(CFIndex count);
     // StringAtIndex(index) for an element that is not a string: the
     // conversion and the assertion line of the accessor.
     HVString ConvertedStringAtIndex(const void* element, unsigned long long index) const;
@@ -150,14 +152,17 @@ protected:
     void AssignUnderlyingArrayAndTakeOwnership(const void* ref);
 };
 
+inline unsigned long long HVArray::NarrowedCount(CFIndex count) {
+    return static_cast<unsigned long long>(static_cast<long long>(int32_t(count)));
+}
+
 // Every accessor passes through here: inline, and reading the platform
 // array in place, it costs about what the raw platform call does. Anything
 // but an array with the index in range (null, the null object, an index
 // past the 32-bit count that Count() reports) goes the checked way.
 inline const void* HVArray::InternalObjectAtIndex(unsigned long long index) const {
     auto array = static_cast<CFArrayRef>(m_Ref);
-    if (_CFRuntimeGetTypeID(array) == _kCFArrayTypeID &&
-        index < static_cast<unsigned long long>(static_cast<long long>(int32_t(_CFArrayGetCountInPlace(array))))) {
+    if (_CFRuntimeGetTypeID(array) == _kCFArrayTypeID && index < NarrowedCount(_CFArrayGetCountInPlace(array))) {
         return _CFArrayGetValueAtIndexInPlace(array, CFIndex(index));
     }
     return CheckedObjectAtIndex(index);

@@ -4,6 +4,7 @@
 #include <halvane/collections/HVData.h>
 #include <halvane/core/HVObject.h>
 #include <halvane/text/HVString.h>
+#include <halvane/text/detail/TextConversion.h>
 #include <halvane/values/HVBool.h>
 #include <halvane/values/HVNumber.h>
 
@@ -62,13 +63,7 @@ std::u16string unitsOfLooseUTF8(const unsigned char* bytes, size_t length) {
             continue;
         }
         i += extra + 1;
-        if (c >= 0x10000) {
-            c -= 0x10000;
-            units.push_back(char16_t(0xD800 + (c >> 10)));
-            units.push_back(char16_t(0xDC00 + (c & 0x3FF)));
-        } else {
-            units.push_back(char16_t(c));
-        }
+        appendUTF16(units, c);
     }
     return units;
 }
